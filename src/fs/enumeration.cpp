@@ -1,0 +1,223 @@
+#include "fs/enumeration.h"
+
+#include <utility>
+#include <vector>
+
+#include "base/ticks.h"
+#include "frame/cancel.h"
+#include "fs/path_rules.h"
+#include "platform/clock.h"
+#include "platform/search.h"
+
+namespace quastel {
+namespace {
+
+constexpr TextView kEverything = QS_TEXT("*");
+
+std::uint64_t LocalTicks(std::uint64_t file_time) {
+  const auto local = platform::ToLocalFileTime(file_time);
+  return (local.ok() ? local.value() : file_time) + kTicksAt1601;
+}
+
+bool IsDotEntry(const platform::FindData& entry) {
+  const TextView name(entry.name);
+  return name == QS_TEXT(".") || name == QS_TEXT("..");
+}
+
+// folder\pattern for a search. When the two together are long the prefix goes onto the folder
+// alone: resolving would take a trailing dot off the pattern.
+Text SearchText(const Text& folder, TextView pattern) {
+  const bool is_long = folder.size() + 1 + pattern.size() >= kLongPathThreshold;
+  if (is_long && !IsExtendedPath(folder)) {
+    return JoinPath(ToExtendedPath(folder), pattern);
+  }
+  return Text(folder).append(1, Char{'\\'}).append(pattern);
+}
+
+// One path after the other below one folder, in a buffer that is kept between them.
+class EntryPath {
+ public:
+  void EnterFolder(const Text& folder) {
+    path_.assign(folder).append(1, Char{'\\'});
+    folder_length_ = path_.size();
+  }
+
+  // The full path of an entry, in the form that callers and system calls get.
+  const Text& Of(const Char* name) {
+    path_.resize(folder_length_);
+    path_.append(name);
+    if (path_.size() < kLongPathThreshold || IsExtendedPath(path_)) {
+      return path_;
+    }
+    long_path_ = ToExtendedPath(path_);
+    return long_path_;
+  }
+
+ private:
+  Text path_;
+  Text long_path_;
+  std::size_t folder_length_ = 0;
+};
+
+// Hands every entry but "." and ".." to `visit`, with the cancel flag tested before each.
+template <typename Visitor>
+qs_status ForEachEntry(platform::Result<platform::SearchHandle> search, platform::FindData& entry,
+                       std::uint32_t* cancel, Visitor visit) {
+  if (!search.ok()) {
+    return QS_OK;
+  }
+  do {
+    if (IsCancelRequested(cancel)) {
+      return QS_CANCELLED;
+    }
+    if (!IsDotEntry(entry)) {
+      visit(entry);
+    }
+  } while (platform::FindNext(search.value(), entry) == platform::Error::kNone);
+  return QS_OK;
+}
+
+// One recursive walk: a stack of folders still to be listed.
+class FileWalk {
+ public:
+  FileWalk(const FileWalkOptions& options, qs_file_callback callback, void* user)
+      : options_(options),
+        pattern_(options.pattern.empty() ? Text(kEverything) : options.pattern),
+        callback_(callback),
+        user_(user) {}
+
+  qs_status Run(Text root) {
+    if (!IsRealDirectory(root) || IsProtected(root)) {
+      return QS_OK;
+    }
+    pending_.push_back(std::move(root));
+    while (!pending_.empty()) {
+      if (IsCancelRequested(options_.cancel)) {
+        return QS_CANCELLED;
+      }
+      const Text folder = std::move(pending_.back());
+      pending_.pop_back();
+      // Tested again: a relative root means another place once the current folder has changed.
+      if (IsProtected(folder)) {
+        continue;
+      }
+      const qs_status status = WalkFolder(folder);
+      if (status != QS_OK) {
+        return status;
+      }
+    }
+    return QS_OK;
+  }
+
+ private:
+  bool IsProtected(const Text& folder) const {
+    return options_.protection != nullptr && options_.protection->Contains(folder);
+  }
+
+  qs_status WalkFolder(const Text& folder) {
+    entry_path_.EnterFolder(folder);
+    if (pattern_ == kEverything) {
+      return ListEverything(folder);
+    }
+    const qs_status status = ListMatches(folder);
+    return status == QS_OK && options_.recursive ? CollectFolders(folder) : status;
+  }
+
+  // Files and folders in one listing.
+  qs_status ListEverything(const Text& folder) {
+    return ForEachEntry(Search(folder, kEverything, platform::SearchOperation::kNameMatch), entry_,
+                        options_.cancel, [this](const platform::FindData& entry) {
+                          if (platform::IsReparsePoint(entry.attributes)) {
+                            return;
+                          }
+                          if (platform::IsDirectory(entry.attributes)) {
+                            Push(entry);
+                          } else {
+                            Report(entry);
+                          }
+                        });
+  }
+
+  qs_status ListMatches(const Text& folder) {
+    return ForEachEntry(Search(folder, pattern_, platform::SearchOperation::kNameMatch), entry_,
+                        options_.cancel, [this](const platform::FindData& entry) {
+                          if (!platform::IsDirectory(entry.attributes) &&
+                              !platform::IsReparsePoint(entry.attributes)) {
+                            Report(entry);
+                          }
+                        });
+  }
+
+  // The pattern is for files; folders are found by a listing of their own.
+  qs_status CollectFolders(const Text& folder) {
+    auto search = Search(folder, kEverything, platform::SearchOperation::kLimitToDirectories);
+    if (!search.ok()) {
+      entry_ = {};
+      search = platform::FindFirst(SearchText(folder, kEverything).c_str(), entry_);
+    }
+    return ForEachEntry(std::move(search), entry_, options_.cancel,
+                        [this](const platform::FindData& entry) {
+                          // File systems may ignore the limit, so the attribute decides.
+                          if (platform::IsDirectory(entry.attributes) &&
+                              !platform::IsReparsePoint(entry.attributes)) {
+                            Push(entry);
+                          }
+                        });
+  }
+
+  platform::Result<platform::SearchHandle> Search(const Text& folder, TextView pattern,
+                                                  platform::SearchOperation operation) {
+    entry_ = {};
+    return platform::FindFirstBasic(SearchText(folder, pattern).c_str(), operation, entry_);
+  }
+
+  void Report(const platform::FindData& entry) {
+    callback_(user_, entry_path_.Of(entry.name).c_str(), entry.size(),
+              LocalTicks(entry.last_write()), entry.name);
+  }
+
+  void Push(const platform::FindData& entry) {
+    if (!options_.recursive) {
+      return;
+    }
+    const Text& folder = entry_path_.Of(entry.name);
+    if (!IsProtected(folder)) {
+      pending_.push_back(folder);
+    }
+  }
+
+  const FileWalkOptions& options_;
+  const Text pattern_;
+  const qs_file_callback callback_;
+  void* const user_;
+  std::vector<Text> pending_;
+  EntryPath entry_path_;
+  platform::FindData entry_ = {};
+};
+
+}  // namespace
+
+qs_status EnumerateFiles(const Text& root, const FileWalkOptions& options,
+                         qs_file_callback callback, void* user) {
+  return FileWalk(options, callback, user).Run(ToLongPath(root));
+}
+
+qs_status EnumerateDirectories(const Text& root, qs_directory_callback callback, void* user,
+                               std::uint32_t* cancel) {
+  const Text folder = ToLongPath(root);
+  if (!IsRealDirectory(folder)) {
+    return QS_OK;
+  }
+  EntryPath entry_path;
+  entry_path.EnterFolder(folder);
+  platform::FindData entry = {};
+  return ForEachEntry(platform::FindFirst(SearchText(folder, kEverything).c_str(), entry), entry,
+                      cancel, [&](const platform::FindData& found) {
+                        if (platform::IsDirectory(found.attributes) &&
+                            !platform::IsReparsePoint(found.attributes)) {
+                          callback(user, entry_path.Of(found.name).c_str());
+                        }
+                      });
+}
+
+}  // namespace quastel

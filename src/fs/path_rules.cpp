@@ -1,0 +1,141 @@
+#include "fs/path_rules.h"
+
+#include <utility>
+
+#include "base/ascii.h"
+#include "platform/file_system.h"
+
+namespace quastel {
+namespace {
+
+constexpr TextView kExtendedPrefix = QS_TEXT("\\\\?\\");
+constexpr TextView kExtendedUncPrefix = QS_TEXT("\\\\?\\UNC\\");
+constexpr TextView kUncPrefix = QS_TEXT("\\\\");
+constexpr std::uint32_t kLongestPathCapacity = 32768;
+
+}  // namespace
+
+Text ToLongPath(Text path) {
+  return path.size() < kLongPathThreshold ? std::move(path) : ToExtendedPath(std::move(path));
+}
+
+bool IsExtendedPath(TextView path) {
+  return path.starts_with(kExtendedPrefix);
+}
+
+Text ToExtendedPath(Text path) {
+  if (IsExtendedPath(path)) {
+    return path;
+  }
+  Text resolved(kLongestPathCapacity, Char{});
+  const std::uint32_t length =
+      platform::FullPathName(path.c_str(), kLongestPathCapacity, resolved.data());
+  if (length >= 1 && length < kLongestPathCapacity) {
+    path.assign(resolved, 0, length);
+  }
+  if (path.starts_with(kUncPrefix)) {
+    return Text(kExtendedUncPrefix).append(path, kUncPrefix.size(), Text::npos);
+  }
+  return Text(kExtendedPrefix).append(path);
+}
+
+std::optional<Text> ResolveFully(const Text& path) {
+  const std::uint32_t capacity = platform::FullPathName(path.c_str(), 0, nullptr);
+  if (capacity == 0) {
+    return std::nullopt;
+  }
+  Text resolved(capacity, Char{});
+  const std::uint32_t length = platform::FullPathName(path.c_str(), capacity, resolved.data());
+  if (length == 0 || length >= capacity) {
+    return std::nullopt;
+  }
+  resolved.resize(length);
+  return resolved;
+}
+
+Text ToComparablePath(const Text& path) {
+  Text text = ResolveFully(path).value_or(path);
+  if (StartsWithFolded(text, kExtendedUncPrefix)) {
+    text.replace(0, kExtendedUncPrefix.size(), kUncPrefix);
+  } else if (IsExtendedPath(text)) {
+    text.erase(0, kExtendedPrefix.size());
+  }
+  while (text.size() >= 4 && IsSeparator(text.back())) {
+    text.pop_back();
+  }
+  return text;
+}
+
+std::optional<Text> ParentDirectoryOf(const Text& path) {
+  std::optional<Text> resolved = ResolveFully(path);
+  if (!resolved) {
+    return std::nullopt;
+  }
+  Text& text = *resolved;
+  const auto is_drive = [&text] {
+    return (text.size() == 2 || text.size() == 3) && text[1] == Char{':'};
+  };
+  while (!text.empty() && IsSeparator(text.back()) && !is_drive()) {
+    text.pop_back();
+  }
+  const std::size_t last = LastSeparator(text);
+  if (last == TextView::npos) {
+    return Text();
+  }
+  if (last == 2 && text[1] == Char{':'}) {
+    text.resize(3);
+  } else if (last == 0) {
+    text.assign(1, Char{'\\'});
+  } else {
+    text.resize(last);
+  }
+  return resolved;
+}
+
+bool IsPathUnder(TextView path, TextView prefix) {
+  while (prefix.size() > 1 && IsSeparator(prefix.back())) {
+    prefix.remove_suffix(1);
+  }
+  if (!StartsWithFolded(path, prefix)) {
+    return false;
+  }
+  return path.size() == prefix.size() || (!prefix.empty() && IsSeparator(prefix.back())) ||
+         IsSeparator(path[prefix.size()]);
+}
+
+Text JoinPath(TextView base, TextView name) {
+  Text joined(base);
+  if (!base.empty() && !IsSeparator(base.back())) {
+    joined += Char{'\\'};
+  }
+  return joined.append(name);
+}
+
+Text CombinePaths(TextView base, TextView relative) {
+  const bool has_drive = relative.size() >= 2 && relative[1] == Char{':'};
+  const bool is_rooted = !relative.empty() && IsSeparator(relative[0]);
+  if (has_drive || is_rooted) {
+    return Text(relative);
+  }
+  while (!base.empty() && IsSeparator(base.back())) {
+    base.remove_suffix(1);
+  }
+  if (base.empty()) {
+    return Text(relative);
+  }
+  return Text(base).append(1, Char{'\\'}).append(relative);
+}
+
+bool IsRealDirectory(const Text& path) {
+  const auto attributes = platform::QueryAttributes(ToLongPath(path).c_str());
+  return attributes.ok() && platform::IsDirectory(attributes.value()) &&
+         !platform::IsReparsePoint(attributes.value());
+}
+
+bool AreInSameDirectory(const Text& a, const Text& b) {
+  const std::optional<Text> parent_of_a = ParentDirectoryOf(a);
+  const std::optional<Text> parent_of_b = ParentDirectoryOf(b);
+  return parent_of_a && parent_of_b && EqualsFolded(*parent_of_a, *parent_of_b);
+}
+
+}  // namespace quastel

@@ -1,0 +1,59 @@
+// What the library does to the text of a path.
+//
+// "\" and "/" are separators wherever one is looked for; what is inserted is "\". Comparisons fold
+// the ASCII letters only.
+
+#ifndef QUASTEL_FS_PATH_RULES_H_
+#define QUASTEL_FS_PATH_RULES_H_
+
+#include <cstddef>
+#include <optional>
+
+#include "base/text.h"
+
+namespace quastel {
+
+// Shorter paths keep the spelling that the caller used; Windows limits folders to 248 units.
+inline constexpr std::size_t kLongPathThreshold = 248;
+
+// The form in which every system call gets its path: unchanged below the threshold, otherwise
+// absolute and with the "\\?\" or "\\?\UNC\" prefix. A path that cannot be resolved is prefixed as
+// it is.
+Text ToLongPath(Text path);
+
+// Whether a path has one of the extended-length prefixes.
+bool IsExtendedPath(TextView path);
+
+// ToLongPath without the threshold.
+Text ToExtendedPath(Text path);
+
+// The absolute form of a path, by the system's rules; nothing when it has none.
+std::optional<Text> ResolveFully(const Text& path);
+
+// The form in which paths are compared: absolute, without an extended-length prefix and, from a
+// length of 4 on, without trailing separators. A path that cannot be resolved is taken as given.
+Text ToComparablePath(const Text& path);
+
+// The folder of a path, after it was made absolute: a drive's root is its own parent. Nothing when
+// the path cannot be resolved.
+std::optional<Text> ParentDirectoryOf(const Text& path);
+
+// Whether `path` is `prefix` or lies below it, on whole names.
+bool IsPathUnder(TextView path, TextView prefix);
+
+// base, one separator, name; the separator is left out when base is empty or ends in one.
+Text JoinPath(TextView base, TextView name);
+
+// `relative` if it is absolute in any way (drive letter, "\\", leading separator), otherwise the
+// two with exactly one separator between them.
+Text CombinePaths(TextView base, TextView relative);
+
+// Whether the path is a folder that a walk may enter: neither a file nor a junction or link.
+bool IsRealDirectory(const Text& path);
+
+// Whether both paths have the same parent folder.
+bool AreInSameDirectory(const Text& a, const Text& b);
+
+}  // namespace quastel
+
+#endif  // QUASTEL_FS_PATH_RULES_H_

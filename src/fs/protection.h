@@ -1,0 +1,32 @@
+// Files and folders that no scan reports.
+
+#ifndef QUASTEL_FS_PROTECTION_H_
+#define QUASTEL_FS_PROTECTION_H_
+
+#include <array>
+
+#include "base/text.h"
+
+namespace quastel {
+
+// Whether the last component names a paging, swap or hibernation file, in any folder.
+bool IsIgnoredFile(TextView path);
+
+// The system's folders directly below one system root, and one profile's application data.
+//
+// The comparable forms are made once: a walk asks for every folder, and each form costs two system
+// calls.
+class ProtectedFolders {
+ public:
+  ProtectedFolders(const Text& system_root, const Text& user_home);
+
+  // Whether the path is one of the folders or lies below one.
+  bool Contains(const Text& path) const;
+
+ private:
+  std::array<Text, 6> folders_;
+};
+
+}  // namespace quastel
+
+#endif  // QUASTEL_FS_PROTECTION_H_

@@ -1,0 +1,92 @@
+#include "scan/large_file_scan.h"
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "base/ascii.h"
+#include "fs/enumeration.h"
+#include "scan/large_file_class.h"
+#include "scan/product_scan.h"
+#include "scan/root_filter.h"
+
+namespace quastel {
+namespace {
+
+struct LargeFileContext {
+  ProductScan& scan;
+  const ProtectedFolders* protection;
+};
+
+Text FolderTextOf(TextView path) {
+  const std::size_t last = LastSeparator(path);
+  return last == TextView::npos ? Text() : Text(path.substr(0, last));
+}
+
+ReportRow LargeFileRow(Text path, std::int64_t size, std::uint64_t modified, const Char* name) {
+  const LargeFileCategory category = ClassifyLargeFile(path);
+  ReportRow row;
+  row.name = name;
+  row.title = GroupWordOf(category);
+  row.location = FolderTextOf(path);
+  row.path = std::move(path);
+  row.group_id = static_cast<std::uint64_t>(category) + 1;
+  row.kind = RowKind::kLargeFile;
+  row.size = size;
+  row.modified = modified;
+  row.deletable = true;
+  row.large_class = category;
+  return row;
+}
+
+void OnLargeFileFound(void* user, const Char* path, std::uint64_t size, std::uint64_t last_write,
+                      const Char* name) {
+  const auto& context = *static_cast<const LargeFileContext*>(user);
+  const auto signed_size = static_cast<std::int64_t>(size);
+  context.scan.ReportProgress(path, signed_size);
+  // Most files end here, before their path is copied.
+  if (!IsLargeFile(signed_size)) {
+    return;
+  }
+  Text owned_path(path);
+  if (BelongsInLargeFileReport(owned_path, signed_size, context.protection)) {
+    context.scan.AppendRow(LargeFileRow(std::move(owned_path), signed_size, last_write, name));
+  }
+}
+
+}  // namespace
+
+// The size is tested first because it costs least; the answer is the same in any order.
+bool BelongsInLargeFileReport(const Text& path, std::int64_t size,
+                              const ProtectedFolders* protection) {
+  return IsLargeFile(size) && !IsIgnoredFile(path) &&
+         (protection == nullptr || !protection->Contains(path));
+}
+
+qs_status RunLargeFileScan(ProductScan& scan, const OwnedRequest& request) {
+  std::vector<Text> roots;
+  {
+    const PerfTimer timer(scan, &qs_product_scan_performance::filter_roots_us);
+    roots = FilterScanRoots(request.roots);
+  }
+
+  const PerfTimer timer(scan, &qs_product_scan_performance::walk_us);
+  std::optional<ProtectedFolders> protection;
+  if (request.protect_system) {
+    protection.emplace(request.system_root, request.user_home);
+  }
+  LargeFileContext context = {scan, protection ? &*protection : nullptr};
+  const FileWalkOptions options = {.pattern = {},
+                                   .recursive = true,
+                                   .protection = context.protection,
+                                   .cancel = scan.cancel_flag()};
+  for (const Text& root : roots) {
+    const qs_status status = EnumerateFiles(root, options, OnLargeFileFound, &context);
+    if (status != QS_OK) {
+      return status;
+    }
+  }
+  return QS_OK;
+}
+
+}  // namespace quastel

@@ -1,0 +1,69 @@
+# Tests on the host: the library above the seam, linked with the simulated Windows.
+
+find_package(Threads REQUIRED)
+
+set(QUASTEL_GOOGLETEST "/usr/src/googletest" CACHE PATH "Sources of GoogleTest")
+set(INSTALL_GTEST OFF)
+add_subdirectory(${QUASTEL_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+if(QUASTEL_SANITIZE)
+  foreach(lib gtest gtest_main gmock)
+    target_compile_options(${lib} PRIVATE -fsanitize=${QUASTEL_SANITIZE})
+  endforeach()
+endif()
+
+add_library(simulated_windows STATIC
+  simulated_windows/call_names.cpp
+  simulated_windows/clock_calls.cpp
+  simulated_windows/disk.cpp
+  simulated_windows/fault_plan.cpp
+  simulated_windows/fiber_calls.cpp
+  simulated_windows/file_calls.cpp
+  simulated_windows/file_system_calls.cpp
+  simulated_windows/ledger.cpp
+  simulated_windows/names.cpp
+  simulated_windows/node.cpp
+  simulated_windows/paths.cpp
+  simulated_windows/process_calls.cpp
+  simulated_windows/search_calls.cpp
+  simulated_windows/shell_calls.cpp
+  simulated_windows/simulated_windows.cpp
+  simulated_windows/state.cpp
+  simulated_windows/thread_calls.cpp
+  simulated_windows/tree.cpp
+  simulated_windows/volume_calls.cpp
+)
+target_include_directories(simulated_windows PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+target_link_libraries(simulated_windows PUBLIC quastel_core_host Threads::Threads)
+quastel_compile_options(simulated_windows)
+
+# Compiling the tests takes far longer than running them. What they test keeps its optimisation.
+set(QUASTEL_TEST_OPTIONS -O0 -g1)
+
+# Reading GoogleTest's header is half of the work of compiling a small test: it is done once.
+add_library(test_prelude OBJECT support/prelude.cpp)
+target_link_libraries(test_prelude PRIVATE simulated_windows GTest::gtest)
+target_precompile_headers(test_prelude PRIVATE
+  <gtest/gtest.h> <algorithm> <atomic> <functional> <optional> <string> <thread> <vector>)
+quastel_compile_options(test_prelude)
+target_compile_options(test_prelude PRIVATE ${QUASTEL_TEST_OPTIONS})
+
+# One executable for each room; its CTest entry runs all of its tests in one process.
+function(quastel_host_test name)
+  add_executable(${name} ${ARGN})
+  # The library calls the seam and the seam is in the simulation: each needs the other.
+  target_link_libraries(${name} PRIVATE
+    simulated_windows quastel_core_host simulated_windows GTest::gtest_main)
+  target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+  quastel_compile_options(${name})
+  target_compile_options(${name} PRIVATE ${QUASTEL_TEST_OPTIONS})
+  target_precompile_headers(${name} REUSE_FROM test_prelude)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+endfunction()
+
+# Each room lists its own tests.
+foreach(room base frame fs scan simulated_windows contract faults abi)
+  if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${room}/host_tests.cmake)
+    include(${room}/host_tests.cmake)
+  endif()
+endforeach()

@@ -1,0 +1,12 @@
+quastel_host_test(simulated_windows_tests
+  simulated_windows/clock_test.cpp
+  simulated_windows/fault_plan_test.cpp
+  simulated_windows/ledger_test.cpp
+  simulated_windows/links_test.cpp
+  simulated_windows/million_files_test.cpp
+  simulated_windows/record_test.cpp
+  simulated_windows/recycle_bin_test.cpp
+  simulated_windows/rules_test.cpp
+  simulated_windows/threads_test.cpp
+  simulated_windows/tree_test.cpp
+)

@@ -1,0 +1,82 @@
+# Tests of what is built for Windows. A cross build runs them under Wine.
+
+set(QUASTEL_GOOGLETEST "/usr/src/googletest" CACHE PATH "Sources of GoogleTest")
+set(INSTALL_GTEST OFF)
+set(gtest_force_shared_crt OFF CACHE BOOL "" FORCE)
+add_subdirectory(${QUASTEL_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+
+# One executable, one process, one CTest entry.
+function(quastel_windows_test name)
+  add_executable(${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE GTest::gtest_main)
+  quastel_compile_options(${name})
+  quastel_windows_link_options(${name})
+  # Tests are compiled often and run once.
+  target_compile_options(${name} PRIVATE $<IF:$<BOOL:${MSVC}>,/Od,-O0>)
+  add_test(NAME ${name} COMMAND ${name})
+  # Wine's server has one processor: two programs at a time would only wait for each other.
+  set_tests_properties(${name} PROPERTIES TIMEOUT 600 RESOURCE_LOCK wine)
+endfunction()
+
+# The DLL as a caller sees it: through its import library and the public header.
+if(CMAKE_CROSSCOMPILING)
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_SOURCE_DIR}/dll/run_tests.sh)
+endif()
+quastel_windows_test(dll_tests
+  dll/enumeration_test.cpp
+  dll/filters_test.cpp
+  dll/large_file_scan_test.cpp
+  dll/paths_test.cpp
+  dll/real_tree.cpp
+  dll/scan_handle.cpp
+  dll/scan_threads_test.cpp
+  dll/short_threads_test.cpp
+  dll/version_test.cpp
+)
+target_link_libraries(dll_tests PRIVATE quastel_core)
+target_compile_definitions(dll_tests PRIVATE QUASTEL_TEST_VERSION="${PROJECT_VERSION}")
+
+if(CMAKE_CROSSCOMPILING)
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/scripts/wine_run.sh)
+endif()
+
+# What the seam promises, on the system itself. The same sources run on the simulated Windows.
+include(contract/contract_tests.cmake)
+quastel_windows_test(contract_tests ${QUASTEL_CONTRACT_TESTS} contract/real_machine.cpp)
+target_link_libraries(contract_tests PRIVATE quastel_win32)
+target_include_directories(contract_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+
+if(TARGET quastel)
+  include(client/tests.cmake)
+endif()
+
+set(abi ${CMAKE_CURRENT_SOURCE_DIR}/abi)
+if(NOT MSVC)
+  add_test(NAME abi_header_windows
+    COMMAND Python3::Interpreter ${abi}/check_header.py --root ${PROJECT_SOURCE_DIR}
+      ${CMAKE_C_COMPILER} "clang --target=x86_64-w64-mingw32")
+  add_test(NAME abi_headers_after_windows_h
+    COMMAND Python3::Interpreter ${abi}/check_windows_headers.py --root ${PROJECT_SOURCE_DIR}
+      --compiler ${CMAKE_CXX_COMPILER})
+endif()
+if(TARGET quastel)
+  set(client_option --client $<TARGET_FILE:quastel>)
+endif()
+add_test(NAME abi_dll
+  COMMAND Python3::Interpreter ${abi}/check_dll.py --root ${PROJECT_SOURCE_DIR}
+    --dll $<TARGET_FILE:quastel_core> --version ${PROJECT_VERSION} ${client_option})
+
+# What an installed copy gives to a project that looks for it.
+set(package_toolchain)
+if(CMAKE_TOOLCHAIN_FILE)
+  set(package_toolchain -DTOOLCHAIN=${CMAKE_TOOLCHAIN_FILE})
+endif()
+add_test(NAME package_consumer
+  COMMAND ${CMAKE_COMMAND}
+    -DBUILD=${CMAKE_BINARY_DIR} -DWORK=${CMAKE_BINARY_DIR}/package_consumer
+    -DCONSUMER=${CMAKE_CURRENT_SOURCE_DIR}/abi/consumer -DGENERATOR=${CMAKE_GENERATOR}
+    -DRUNNER=${CMAKE_CROSSCOMPILING_EMULATOR} -DVERSION=${PROJECT_VERSION}
+    ${package_toolchain} -P ${abi}/check_package.cmake)
+set_tests_properties(package_consumer PROPERTIES RESOURCE_LOCK wine)

@@ -1,0 +1,9 @@
+quastel_host_test(base_tests
+  base/ascii_test.cpp
+  base/attributes_test.cpp
+  base/error_test.cpp
+  base/handle_test.cpp
+  base/mutex_test.cpp
+  base/text_test.cpp
+  base/ticks_test.cpp
+)

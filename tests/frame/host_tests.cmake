@@ -1,0 +1,12 @@
+quastel_host_test(frame_tests
+  frame/boundary_test.cpp
+  frame/busy_flag_test.cpp
+  frame/cancel_test.cpp
+  frame/handle_admission_test.cpp
+  frame/library_entry_test.cpp
+  frame/scan_hold_test.cpp
+  frame/status_test.cpp
+  frame/text_exports_test.cpp
+  frame/text_output_test.cpp
+  frame/version_exports_test.cpp
+)

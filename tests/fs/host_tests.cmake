@@ -1,0 +1,23 @@
+quastel_host_test(fs_tests
+  fs/directory_exists_test.cpp
+  fs/enumerate_directories_test.cpp
+  fs/enumeration_access_test.cpp
+  fs/enumeration_arguments_test.cpp
+  fs/enumeration_cancel_test.cpp
+  fs/enumeration_exceptions_test.cpp
+  fs/enumeration_long_paths_test.cpp
+  fs/enumeration_model_test.cpp
+  fs/enumeration_obstacles_test.cpp
+  fs/enumeration_protection_test.cpp
+  fs/enumeration_test.cpp
+  fs/enumeration_threads_test.cpp
+  fs/enumeration_times_test.cpp
+  fs/folder_filter_test.cpp
+  fs/matches_date_test.cpp
+  fs/matches_size_test.cpp
+  fs/path_exports_test.cpp
+  fs/path_rules_model_test.cpp
+  fs/path_rules_test.cpp
+  fs/protection_model_test.cpp
+  fs/protection_test.cpp
+)

@@ -1,0 +1,19 @@
+quastel_host_test(scan_tests
+  scan/kinds_not_built_test.cpp
+  scan/large_file_class_test.cpp
+  scan/large_file_scan_test.cpp
+  scan/large_scan_include_test.cpp
+  scan/product_scan_handle_test.cpp
+  scan/product_scan_hold_test.cpp
+  scan/report_rows_test.cpp
+  scan/root_filter_test.cpp
+  scan/scan_cancel_test.cpp
+  scan/scan_fixture.cpp
+  scan/scan_outcome_test.cpp
+  scan/scan_performance_test.cpp
+  scan/scan_progress_test.cpp
+  scan/scan_records_test.cpp
+  scan/scan_request_test.cpp
+  scan/scan_text_output_test.cpp
+  scan/scan_threads_test.cpp
+)

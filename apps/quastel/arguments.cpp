@@ -1,0 +1,130 @@
+#include "arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "large_command.h"
+#include "nearest_word.h"
+#include "text.h"
+#include "user_error.h"
+#include "version_command.h"
+
+namespace quastel::client {
+namespace {
+
+constexpr const char* kFooter =
+    "Examples:\n"
+    "  quastel large D:\\ --top 20\n"
+    "  quastel large C:\\Users --json > large.json\n"
+    "\n"
+    "Exit codes: 0 done, 1 error, 2 usage, 3 done but some rows failed, 5 cancelled.";
+
+std::vector<std::string> CommandNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    names.push_back(command->get_name());
+  }
+  return names;
+}
+
+std::vector<std::string> OptionNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : app.get_options([](const CLI::Option*) { return true; })) {
+    for (const std::string& name : option->get_lnames()) {
+      names.push_back("--" + name);
+    }
+  }
+  return names;
+}
+
+std::string HelpHint(const CLI::App& app) {
+  const std::vector<CLI::App*> called = app.get_subcommands();
+  return called.empty() ? "see quastel --help"
+                        : "see quastel " + called.front()->get_name() + " --help";
+}
+
+std::string NearestHint(const std::string& word, const std::vector<std::string>& candidates,
+                        const std::string& otherwise) {
+  const std::string nearest = NearestWord(word, candidates);
+  return nearest.empty() ? otherwise : "did you mean " + nearest + "?";
+}
+
+// The parser would take the unknown command for an argument too many.
+void CheckCommand(const CLI::App& app, const std::string& word) {
+  const std::vector<std::string> names = CommandNames(app);
+  if (word.starts_with("-") || std::find(names.begin(), names.end(), word) != names.end()) {
+    return;
+  }
+  throw UserError(ExitCode::kUsage, "there is no command \"" + word + "\"",
+                  NearestHint(word, names, "see quastel --help"));
+}
+
+[[noreturn]] void ThrowUsageError(const CLI::App& app, const CLI::ParseError& error) {
+  const std::vector<std::string> unknown = app.remaining(true);
+  const std::vector<CLI::App*> called = app.get_subcommands();
+  if (!unknown.empty() && unknown.front().starts_with("-")) {
+    const CLI::App& scope = called.empty() ? app : *called.front();
+    throw UserError(ExitCode::kUsage, "there is no option \"" + unknown.front() + "\"",
+                    NearestHint(unknown.front(), OptionNames(scope), HelpHint(app)));
+  }
+  throw UserError(ExitCode::kUsage, error.what(), HelpHint(app));
+}
+
+Action PrintText(std::string text) {
+  if (!text.ends_with("\n")) {
+    text += "\n";
+  }
+  return [text](Console& console) {
+    console.out.Write(text);
+    console.out.Flush();
+    return ExitCode::kDone;
+  };
+}
+
+// The parser reads the last argument first. It takes "[a,b]" for a list of two values, but folders
+// may be named like that: with a folder in front, the brackets are ordinary characters.
+std::vector<std::string> ForParser(const std::vector<std::wstring>& arguments) {
+  std::vector<std::string> reversed;
+  for (const std::wstring& argument : arguments) {
+    const bool list = argument.starts_with(L'[') && argument.ends_with(L']');
+    reversed.push_back(ToReversibleUtf8(list ? L".\\" + argument : argument));
+  }
+  std::reverse(reversed.begin(), reversed.end());
+  return reversed;
+}
+
+}  // namespace
+
+Action ParseArguments(const std::vector<std::wstring>& arguments) {
+  Action action;
+  CLI::App app("Finds what fills a disk.", "quastel");
+  // A root may begin with "/", which is a separator here and no sign of an option.
+  app.allow_windows_style_options(false);
+  app.require_subcommand(1);
+  app.set_version_flag("--version", VersionText(), "Tell the versions and exit");
+  app.footer(kFooter);
+  AddLargeCommand(app, action);
+  AddVersionCommand(app, action);
+
+  if (arguments.empty()) {
+    const std::string help = app.help();
+    return [help](Console& console) {
+      console.err.Write(help);
+      console.err.Flush();
+      return ExitCode::kUsage;
+    };
+  }
+  CheckCommand(app, ToUtf8(arguments.front()));
+  try {
+    app.parse(ForParser(arguments));
+  } catch (const CLI::CallForVersion& version) {
+    return PrintText(version.what());
+  } catch (const CLI::CallForHelp&) {
+    return PrintText(app.help());
+  } catch (const CLI::ParseError& error) {
+    ThrowUsageError(app, error);
+  }
+  return action;
+}
+
+}  // namespace quastel::client

@@ -1,0 +1,35 @@
+#include "interrupt.h"
+
+#include <windows.h>
+
+#include <atomic>
+
+namespace quastel::client {
+namespace {
+
+// The system calls the handler on a thread of its own and gives it no context.
+std::atomic<bool> interrupted{false};
+
+BOOL WINAPI OnConsoleEvent(DWORD event) {
+  if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+    return FALSE;
+  }
+  return interrupted.exchange(true) ? FALSE : TRUE;
+}
+
+}  // namespace
+
+InterruptGuard::InterruptGuard() {
+  interrupted = false;
+  SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
+}
+
+InterruptGuard::~InterruptGuard() {
+  SetConsoleCtrlHandler(OnConsoleEvent, FALSE);
+}
+
+bool InterruptGuard::Requested() const {
+  return interrupted;
+}
+
+}  // namespace quastel::client

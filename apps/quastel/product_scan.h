@@ -1,0 +1,94 @@
+#ifndef QUASTEL_APPS_QUASTEL_PRODUCT_SCAN_H_
+#define QUASTEL_APPS_QUASTEL_PRODUCT_SCAN_H_
+
+#include <quastel_core.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "protected_folders.h"
+
+namespace quastel::client {
+
+struct ScanRequest {
+  std::uint32_t kind = QS_SCAN_KIND_LARGE_FILES;
+  std::vector<std::wstring> roots;
+  std::optional<ProtectedFolders> protection;
+};
+
+struct ScanRow {
+  std::wstring path;
+  std::wstring name;
+  std::wstring title;
+  std::wstring location;
+  qs_product_scan_row numbers = {};
+};
+
+// Owns a qs_product_scan handle and the thread that is inside its start call: the call blocks until
+// the scan ends, so it has a thread to itself, and all the rest may be called meanwhile.
+class ProductScan {
+ public:
+  ProductScan();
+  // Cancels what still runs and waits for it: the library refuses to destroy a busy handle.
+  ~ProductScan();
+  ProductScan(const ProductScan&) = delete;
+  ProductScan& operator=(const ProductScan&) = delete;
+
+  // Once for each object.
+  void Start(ScanRequest request);
+
+  // True when the scan has ended, which wakes the caller at once; false after `time`.
+  bool WaitFor(std::chrono::milliseconds time);
+
+  // Does nothing while no scan runs, also in the moment before the new thread has started one. So a
+  // caller who wants it to end asks again until WaitFor() answers true.
+  void Cancel();
+
+  // Waits for the end and answers the status of the start call.
+  qs_status Finish();
+
+  qs_product_scan_status Poll() const;
+  qs_product_scan_performance Performance() const;
+
+  // `text` keeps its memory from call to call.
+  void ReadCurrentPath(std::wstring& text) const;
+
+  std::uint64_t RowCount() const;
+  std::uint64_t ParentGroupId(std::uint64_t index) const;
+
+ private:
+  friend class RowReader;
+
+  qs_product_scan* handle_ = nullptr;
+  ScanRequest request_;
+  std::thread thread_;
+  std::mutex mutex_;
+  std::condition_variable ended_signal_;
+  bool ended_ = false;        // guarded by mutex_
+  qs_status status_ = QS_OK;  // guarded by mutex_
+};
+
+// Reads the rows one after the other with four buffers that only grow: most rows cost one call.
+class RowReader {
+ public:
+  explicit RowReader(const ProductScan& scan);
+
+  void Read(std::uint64_t index, ScanRow& row);
+
+ private:
+  const ProductScan& scan_;
+  std::vector<qs_char> path_;
+  std::vector<qs_char> name_;
+  std::vector<qs_char> title_;
+  std::vector<qs_char> location_;
+};
+
+}  // namespace quastel::client
+
+#endif  // QUASTEL_APPS_QUASTEL_PRODUCT_SCAN_H_

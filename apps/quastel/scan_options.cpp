@@ -1,0 +1,85 @@
+#include "scan_options.h"
+
+#include <array>
+#include <utility>
+
+#include "text.h"
+
+namespace quastel::client {
+namespace {
+
+constexpr std::array<std::pair<SortKey, const char*>, 5> kSortKeys = {{
+    {SortKey::kSize, "size"},
+    {SortKey::kPath, "path"},
+    {SortKey::kModified, "modified"},
+    {SortKey::kCategory, "category"},
+    {SortKey::kName, "name"},
+}};
+
+std::vector<std::string> SortKeyNames() {
+  std::vector<std::string> names;
+  for (const auto& [key, name] : kSortKeys) {
+    names.emplace_back(name);
+  }
+  return names;
+}
+
+// The parser by itself takes "-1" for the largest number there is.
+std::string CheckRowCount(const std::string& text) {
+  const bool digits = !text.empty() && text.size() < 19 &&
+                      text.find_first_not_of("0123456789") == std::string::npos;
+  return digits ? std::string() : text + " is not a number of rows";
+}
+
+}  // namespace
+
+ScanOptionParser::ScanOptionParser(CLI::App& command) : sort_(SortKeyName(SortKey::kSize)) {
+  command
+      .add_option("ROOT", roots_,
+                  "Folders to scan, with all below them; junctions and links are not entered")
+      ->type_name("")
+      ->required();
+  command.add_flag("--json", json_, "Write one JSON object instead of a table");
+  top_option_ = command.add_option("--top", top_, "List only the first N rows after sorting")
+                    ->type_name("N")
+                    ->check(CLI::Validator(CheckRowCount, ""));
+  command
+      .add_option(
+          "--sort", sort_,
+          "Order of the rows: size (largest first), modified (newest first), path, category "
+          "or name")
+      ->type_name("KEY")
+      ->check(CLI::IsMember(SortKeyNames()).description(""))
+      ->capture_default_str();
+  command.add_flag("--no-protect", no_protect_,
+                   "Scan the system's folders and the profile's AppData too");
+}
+
+ScanOptions ScanOptionParser::Read() const {
+  ScanOptions options;
+  for (const std::string& root : roots_) {
+    options.roots.push_back(FromUtf8(root));
+  }
+  options.json = json_;
+  options.protect = !no_protect_;
+  if (top_option_->count() != 0) {
+    options.top = top_;
+  }
+  for (const auto& [key, name] : kSortKeys) {
+    if (sort_ == name) {
+      options.sort = key;
+    }
+  }
+  return options;
+}
+
+const char* SortKeyName(SortKey key) {
+  for (const auto& [candidate, name] : kSortKeys) {
+    if (candidate == key) {
+      return name;
+    }
+  }
+  return "";
+}
+
+}  // namespace quastel::client

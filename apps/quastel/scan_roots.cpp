@@ -1,0 +1,113 @@
+#include "scan_roots.h"
+
+#include <quastel_core.h>
+#include <windows.h>
+
+#include <cstdint>
+
+#include "path_text.h"
+#include "user_error.h"
+
+namespace quastel::client {
+namespace {
+
+std::wstring FullPath(const std::wstring& path) {
+  const DWORD needed = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+  std::wstring full(needed, L'\0');
+  const DWORD length = GetFullPathNameW(path.c_str(), needed, full.data(), nullptr);
+  if (length == 0 || length >= needed) {
+    return path;
+  }
+  full.resize(length);
+  return full;
+}
+
+// A drive's root keeps its separator: "Q:" would be the drive's current folder.
+void DropTrailingSeparators(std::wstring& path) {
+  while (path.size() > 1 && IsSeparator(path.back()) && path[path.size() - 2] != L':') {
+    path.pop_back();
+  }
+}
+
+std::wstring AbsoluteRoot(const std::wstring& given) {
+  std::wstring root = FullPath(given);
+  // Without the extended-length prefix the library may join its separators freely, and it puts the
+  // prefix back where a path is long. It stays where it changes the meaning, as for "name.".
+  const std::wstring plain = WithoutExtendedPrefix(root);
+  if (plain != root && FullPath(plain) == plain) {
+    root = plain;
+  }
+  DropTrailingSeparators(root);
+  return root;
+}
+
+std::wstring SystemForm(const std::wstring& path) {
+  std::uint64_t needed = 0;
+  qs_normalize_path(path.c_str(), nullptr, 0, &needed);
+  std::wstring form(static_cast<std::size_t>(needed), L'\0');
+  if (needed == 0 || qs_normalize_path(path.c_str(), form.data(), needed, &needed) != QS_OK) {
+    return path;
+  }
+  form.resize(static_cast<std::size_t>(needed - 1));
+  return form;
+}
+
+struct Complaint {
+  std::string message;
+  std::string hint;
+};
+
+Complaint WhyNotAFolder(const std::wstring& given, const std::wstring& root) {
+  const std::string shown = Quoted(root) + " ";
+  const DWORD attributes = GetFileAttributesW(SystemForm(root).c_str());
+  const DWORD error = GetLastError();
+  if (attributes != INVALID_FILE_ATTRIBUTES) {
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+      return {shown + "is a file, not a folder", "name the folder that holds it"};
+    }
+    return {shown + "is a junction or a link, and these are never entered",
+            "name the folder that it leads to"};
+  }
+  if (given.find(L'"') != std::wstring::npos) {
+    return {shown + "holds a quotation mark",
+            "a \\ just before a closing quotation mark hides it: write \"C:\\My Folder\", without "
+            "the last \\"};
+  }
+  if (given.find_first_of(L"*?") != std::wstring::npos) {
+    return {shown + "does not exist",
+            "wildcards are not expanded: name folders, all below them is scanned"};
+  }
+  if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND &&
+      error != ERROR_INVALID_NAME) {
+    return {shown + "cannot be read (Windows error " + std::to_string(error) + ")",
+            error == ERROR_ACCESS_DENIED ? "this account may not open it" : ""};
+  }
+  return {shown + "does not exist", "check the spelling, and that the drive is there"};
+}
+
+}  // namespace
+
+std::vector<std::wstring> ResolveRoots(const std::vector<std::wstring>& given) {
+  std::vector<std::wstring> roots;
+  Complaint all;
+  for (const std::wstring& text : given) {
+    if (text.empty()) {
+      throw UserError(ExitCode::kUsage, "a folder's name is empty", "write . for this folder");
+    }
+    std::wstring root = AbsoluteRoot(text);
+    if (qs_directory_exists(root.c_str()) == 0) {
+      const Complaint complaint = WhyNotAFolder(text, root);
+      all.message += complaint.message + "\n";
+      if (all.hint.find(complaint.hint) == std::string::npos) {
+        all.hint += complaint.hint + "\n";
+      }
+    }
+    roots.push_back(std::move(root));
+  }
+  if (!all.message.empty()) {
+    throw UserError(ExitCode::kError, all.message, all.hint);
+  }
+  return roots;
+}
+
+}  // namespace quastel::client

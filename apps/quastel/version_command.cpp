@@ -1,0 +1,43 @@
+#include "version_command.h"
+
+#include <quastel_core.h>
+
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "report_json.h"
+
+namespace quastel::client {
+namespace {
+
+ExitCode RunVersion(bool as_json, Console& console) {
+  if (as_json) {
+    nlohmann::ordered_json json;
+    json["schema_version"] = kJsonSchemaVersion;
+    json["library_version"] = qs_version();
+    json["command"] = "version";
+    json["client_version"] = QUASTEL_CLIENT_VERSION;
+    console.out.Write(json.dump(2) + "\n");
+  } else {
+    console.out.Write(VersionText() + "\n");
+  }
+  console.out.Flush();
+  return ExitCode::kDone;
+}
+
+}  // namespace
+
+std::string VersionText() {
+  return std::string("quastel " QUASTEL_CLIENT_VERSION " (library ") + qs_version() + ")";
+}
+
+void AddVersionCommand(CLI::App& app, Action& action) {
+  CLI::App* command = app.add_subcommand("version", "Tell the versions of client and library");
+  const auto as_json = std::make_shared<bool>(false);
+  command->add_flag("--json", *as_json, "Write one JSON object");
+  command->callback([as_json, &action] {
+    action = [value = *as_json](Console& console) { return RunVersion(value, console); };
+  });
+}
+
+}  // namespace quastel::client

@@ -1,0 +1,32 @@
+# Tests of the command-line client: its text rules by themselves, and the program from end to end.
+
+set(client_tests ${CMAKE_CURRENT_LIST_DIR})
+set(client_sources ${PROJECT_SOURCE_DIR}/apps/quastel)
+quastel_windows_test(client_unit_tests
+  ${client_tests}/display_text_test.cpp
+  ${client_tests}/nearest_word_test.cpp
+  ${client_tests}/path_text_test.cpp
+  ${client_tests}/report_json_test.cpp
+  ${client_tests}/text_test.cpp
+  ${client_tests}/time_text_test.cpp
+  ${client_sources}/console.cpp
+  ${client_sources}/display_text.cpp
+  ${client_sources}/nearest_word.cpp
+  ${client_sources}/path_text.cpp
+  ${client_sources}/report_json.cpp
+  ${client_sources}/scan_options.cpp
+  ${client_sources}/status_text.cpp
+  ${client_sources}/text.cpp
+  ${client_sources}/time_text.cpp
+)
+target_include_directories(client_unit_tests PRIVATE ${client_sources})
+target_include_directories(client_unit_tests SYSTEM PRIVATE ${CMAKE_BINARY_DIR}/client_headers)
+target_compile_definitions(client_unit_tests PRIVATE
+  UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00)
+target_link_libraries(client_unit_tests PRIVATE quastel_core)
+
+if(CMAKE_CROSSCOMPILING)
+  add_test(NAME client
+    COMMAND ${client_tests}/run_tests.sh $<TARGET_FILE:quastel>)
+  set_tests_properties(client PROPERTIES TIMEOUT 600 RESOURCE_LOCK wine)
+endif()

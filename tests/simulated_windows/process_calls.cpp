@@ -88,6 +88,8 @@ std::uint32_t EnvironmentVariable(const Char* name, Char* buffer, std::uint32_t 
   const Text& value = found->second;
   const auto length = static_cast<std::uint32_t>(value.size());
   if (capacity <= length) {
+    // What Windows leaves in a buffer that is too short is not defined: nobody may read it.
+    std::fill_n(buffer, capacity, Char{'9'});
     return call.AnswerValue(length + 1);
   }
   std::copy_n(value.c_str(), value.size() + 1, buffer);

@@ -25,8 +25,10 @@ if(CMAKE_CROSSCOMPILING)
   set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_SOURCE_DIR}/dll/run_tests.sh)
 endif()
 quastel_windows_test(dll_tests
+  dll/duplicate_scan_test.cpp
   dll/enumeration_test.cpp
   dll/filters_test.cpp
+  dll/hash_test.cpp
   dll/large_file_scan_test.cpp
   dll/paths_test.cpp
   dll/real_tree.cpp
@@ -67,6 +69,12 @@ endif()
 add_test(NAME abi_dll
   COMMAND Python3::Interpreter ${abi}/check_dll.py --root ${PROJECT_SOURCE_DIR}
     --dll $<TARGET_FILE:quastel_core> --version ${PROJECT_VERSION} ${client_option})
+
+if(MINGW)
+  add_test(NAME hash_code_windows
+    COMMAND Python3::Interpreter ${abi}/check_hash_code.py
+      ${CMAKE_OBJDUMP} $<TARGET_OBJECTS:quastel_core> COMMAND_EXPAND_LISTS)
+endif()
 
 # What an installed copy gives to a project that looks for it.
 set(package_toolchain)

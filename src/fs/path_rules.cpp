@@ -23,6 +23,13 @@ bool IsExtendedPath(TextView path) {
   return path.starts_with(kExtendedPrefix);
 }
 
+LongPath::LongPath(const Char* path) : given_(path) {
+  const TextView view(path);
+  if (view.size() >= kLongPathThreshold && !IsExtendedPath(view)) {
+    made_ = ToExtendedPath(path);
+  }
+}
+
 Text ToExtendedPath(Text path) {
   if (IsExtendedPath(path)) {
     return path;

@@ -27,6 +27,21 @@ bool IsExtendedPath(TextView path);
 // ToLongPath without the threshold.
 Text ToExtendedPath(Text path);
 
+// The long-path form of a path for one call, without a copy of a path that has it already.
+class LongPath {
+ public:
+  explicit LongPath(const Char* path);
+  LongPath(const LongPath&) = delete;
+  LongPath& operator=(const LongPath&) = delete;
+
+  // Valid as long as this and the path that was given.
+  const Char* c_str() const { return made_.empty() ? given_ : made_.c_str(); }
+
+ private:
+  const Char* given_;
+  Text made_;
+};
+
 // The absolute form of a path, by the system's rules; nothing when it has none.
 std::optional<Text> ResolveFully(const Text& path);
 

@@ -35,4 +35,14 @@ bool ProtectedFolders::Contains(const Text& path) const {
                      [&comparable](const Text& folder) { return IsPathUnder(comparable, folder); });
 }
 
+bool ProtectedFolders::ContainsFile(const Text& path, TextView name) const {
+  // The system drops dots and blanks at the end of a name when it resolves a path.
+  const bool may_change = !name.empty() && (name.back() == Char{'.'} || name.back() == Char{' '});
+  const bool may_be_folder =
+      may_change || std::any_of(folders_.begin(), folders_.end(), [name](const Text& folder) {
+        return EqualsFolded(name, LeafOf(folder));
+      });
+  return may_be_folder && Contains(path);
+}
+
 }  // namespace quastel

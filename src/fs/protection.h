@@ -23,6 +23,10 @@ class ProtectedFolders {
   // Whether the path is one of the folders or lies below one.
   bool Contains(const Text& path) const;
 
+  // The same for a file in a folder that is known not to be protected. Such a file can only be one
+  // of the protected folders by its own name, so nearly always no system call is made.
+  bool ContainsFile(const Text& path, TextView name) const;
+
  private:
   std::array<Text, 6> folders_;
 };

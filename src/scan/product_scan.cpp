@@ -68,6 +68,7 @@ void ProductScan::Reset(OwnedRequest request) {
   next_item_id_ = 0;
   current_path_.clear();
   current_group_.clear();
+  group_count_ = 0;
   files_visited_ = 0;
   bytes_visited_ = 0;
   next_path_update_ms_ = 0;
@@ -241,6 +242,16 @@ void ProductScan::SetCurrentPath(TextView path) {
 void ProductScan::SetCurrentGroup(TextView group) {
   const MutexLock lock(mutex_);
   current_group_ = group;
+}
+
+void ProductScan::SetGroupCount(std::uint64_t count) {
+  const MutexLock lock(mutex_);
+  group_count_ = count;
+}
+
+std::uint64_t ProductScan::group_count() {
+  const MutexLock lock(mutex_);
+  return group_count_;
 }
 
 void ProductScan::SetPerformanceField(PerformanceField field, std::uint64_t value) {

@@ -86,6 +86,10 @@ class ProductScan {
   void SetPerformanceField(PerformanceField field, std::uint64_t value) QS_EXCLUDES(mutex_);
   void AddPerformanceTime(PerformanceField field, std::int64_t nanoseconds) QS_EXCLUDES(mutex_);
 
+  // How many groups a duplicate scan found; no record shows it.
+  void SetGroupCount(std::uint64_t count) QS_EXCLUDES(mutex_);
+  std::uint64_t group_count() QS_EXCLUDES(mutex_);
+
   bool IsCancelled() { return cancel_.IsSet(); }
 
   // The flag that enumeration and hashing read.
@@ -113,6 +117,7 @@ class ProductScan {
   Text current_group_ QS_GUARDED_BY(mutex_);
   qs_product_scan_status status_ QS_GUARDED_BY(mutex_) = {};
   qs_product_scan_performance performance_ QS_GUARDED_BY(mutex_) = {};
+  std::uint64_t group_count_ QS_GUARDED_BY(mutex_) = 0;
   std::int64_t started_at_ns_ QS_GUARDED_BY(mutex_) = 0;
   bool scan_active_ QS_GUARDED_BY(mutex_) = false;
 };

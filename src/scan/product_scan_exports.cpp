@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "duplicate/duplicate_scan.h"
 #include "frame/boundary.h"
 #include "scan/large_file_scan.h"
 #include "scan/product_scan.h"
@@ -18,7 +19,7 @@ namespace {
 constexpr quastel::ScanRunners kRunners = {
     nullptr,  // junk rules
     quastel::RunLargeFileScan,
-    nullptr,  // duplicates
+    quastel::duplicate::RunDuplicateScan,
 };
 
 }  // namespace

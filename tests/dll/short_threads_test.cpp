@@ -23,6 +23,14 @@ std::uint64_t WorkingSet() {
   return counters.WorkingSetSize;
 }
 
+// Memory that the process has asked for, resident or not.
+std::uint64_t CommittedMemory() {
+  PROCESS_MEMORY_COUNTERS counters{};
+  counters.cb = sizeof(counters);
+  EXPECT_NE(FALSE, ::K32GetProcessMemoryInfo(::GetCurrentProcess(), &counters, sizeof(counters)));
+  return counters.PagefileUsage;
+}
+
 struct Work {
   const wchar_t* folder;
   qs_status enumeration;
@@ -67,6 +75,43 @@ TEST(ShortThreads, A_thousand_of_them_leave_the_working_set_flat) {
   const std::uint64_t after = WorkingSet();
   // A kilobyte for each thread would show.
   EXPECT_LT(after, before + 1'000'000) << before << " bytes before";
+}
+
+struct HashWork {
+  const wchar_t* file;
+  qs_status status;
+};
+
+unsigned __stdcall HashOneFile(void* argument) {
+  HashWork& work = *static_cast<HashWork*>(argument);
+  char text[9];
+  work.status = qs_xxhash32_file(work.file, text, sizeof(text));
+  return 0;
+}
+
+void RunHashingThreads(int count, const std::wstring& file) {
+  for (int i = 0; i < count; ++i) {
+    HashWork work{file.c_str(), QS_BUSY};
+    const auto thread =
+        reinterpret_cast<HANDLE>(::_beginthreadex(nullptr, 0, HashOneFile, &work, 0, nullptr));
+    ASSERT_NE(nullptr, thread);
+    ::WaitForSingleObject(thread, INFINITE);
+    ::CloseHandle(thread);
+    ASSERT_EQ(QS_OK, work.status);
+  }
+}
+
+// Each has a read buffer of a megabyte of its own.
+TEST(ShortThreads, A_thousand_that_hash_give_their_buffers_back) {
+  const RealTree tree;
+  tree.AddFile(L"file.txt", "x");
+  const std::wstring file = tree.Path(L"file.txt");
+  RunHashingThreads(20, file);
+  const std::uint64_t committed = CommittedMemory();
+  const std::uint64_t working_set = WorkingSet();
+  RunHashingThreads(1000, file);
+  EXPECT_LT(CommittedMemory(), committed + 16'000'000) << committed << " bytes before";
+  EXPECT_LT(WorkingSet(), working_set + 16'000'000) << working_set << " bytes before";
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <vector>
 
 #include "quastel_core.h"
 #include "simulated_windows/simulated_windows.h"
@@ -166,6 +167,33 @@ TEST_F(IsInWhitelist, Folders_made_comparable_once_cost_two_calls_for_each_quest
   EXPECT_TRUE(folders.Contains(u"C:\\Windows"));
   EXPECT_FALSE(folders.Contains(u"C:\\Users"));
   EXPECT_EQ(windows_.CallCount(Call::kFullPathName), before + 4);
+}
+
+TEST_F(IsInWhitelist, A_file_of_an_open_folder_is_tested_by_its_name_with_the_same_answer) {
+  const ProtectedFolders folders(u"C:\\", u"C:\\Users\\u");
+  const std::vector<Text> open_folders = {
+      u"C:",      u"C:\\Users\\u", u"C:\\Users", u"C:\\data\\Windows",  u"D:",
+      u"C:/data", u"\\\\?\\C:",    u"data",      u"\\\\?\\C:\\Users\\u"};
+  const std::vector<Text> names = {
+      u"Windows",       u"WINDOWS",  u"Windows.",      u"Windows. .",  u"Windows ",
+      u"AppData",       u"appdata.", u"Program Files", u"ProgramData", u"Program Files (x86)",
+      u"$RECYCLE.BIN ", u"a.txt",    u"Windows.old",   u"NUL",         u"AppData2"};
+  int protected_files = 0;
+  for (const Text& folder : open_folders) {
+    for (const Text& name : names) {
+      const Text path = folder + u"\\" + name;
+      EXPECT_EQ(folders.ContainsFile(path, name), folders.Contains(path)) << support::Utf8(path);
+      protected_files += folders.Contains(path) ? 1 : 0;
+    }
+  }
+  EXPECT_GT(protected_files, 10);
+}
+
+TEST_F(IsInWhitelist, An_ordinary_file_of_an_open_folder_costs_no_call) {
+  const ProtectedFolders folders(u"C:\\", u"C:\\Users\\u");
+  const std::uint64_t before = windows_.CallCount(Call::kFullPathName);
+  EXPECT_FALSE(folders.ContainsFile(u"C:\\data\\a.txt", u"a.txt"));
+  EXPECT_EQ(windows_.CallCount(Call::kFullPathName), before);
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ TEST(KindsNotBuilt, End_as_unsupported_and_failed_and_leave_the_handle_usable) {
   SimulatedWindows machine;
   machine.AddSizedFile(u"C:\\data\\a.zip", kLarge);
   ScanHandle scan;
-  for (const std::uint32_t kind : {QS_SCAN_KIND_JUNK_RULES, QS_SCAN_KIND_DUPLICATES}) {
+  for (const std::uint32_t kind : {QS_SCAN_KIND_JUNK_RULES}) {
     SCOPED_TRACE(kind);
     EXPECT_EQ(scan.Start(Request::LargeFiles({u"C:\\data"})), QS_OK);
     Request request = Request::LargeFiles({u"C:\\data"});

@@ -1,0 +1,52 @@
+#include "duplicate/open_record.h"
+
+#include <ostream>
+
+#include "faults/allocation_faults.h"
+#include "support/text.h"
+
+namespace quastel::duplicate_tests {
+namespace {
+
+thread_local OpenRecord* current = nullptr;
+
+}  // namespace
+
+// The linker leads every call of OpenFile here, and the second name to the real one.
+platform::Result<platform::FileHandle> WatchedOpenFile(const Char* path, std::uint32_t access,
+                                                       std::uint32_t share,
+                                                       platform::Disposition disposition,
+                                                       std::uint32_t flags) noexcept
+    asm("__wrap__ZN7quastel8platform8OpenFileEPKDsjjNS0_11DispositionEj");
+platform::Result<platform::FileHandle> RealOpenFile(const Char* path, std::uint32_t access,
+                                                    std::uint32_t share,
+                                                    platform::Disposition disposition,
+                                                    std::uint32_t flags) noexcept
+    asm("__real__ZN7quastel8platform8OpenFileEPKDsjjNS0_11DispositionEj");
+
+OpenRecord::OpenRecord() {
+  current = this;
+}
+
+OpenRecord::~OpenRecord() {
+  current = nullptr;
+}
+
+platform::Result<platform::FileHandle> WatchedOpenFile(const Char* path, std::uint32_t access,
+                                                       std::uint32_t share,
+                                                       platform::Disposition disposition,
+                                                       std::uint32_t flags) noexcept {
+  if (current != nullptr) {
+    const faults::AllocationFaultPause own_memory;
+    current->Note({support::Utf8(path), access, share, disposition, flags});
+  }
+  return RealOpenFile(path, access, share, disposition, flags);
+}
+
+void PrintTo(const OpenCall& call, std::ostream* out) {
+  *out << call.path << std::hex << ", access 0x" << call.access << ", share 0x" << call.share
+       << ", disposition " << static_cast<std::uint32_t>(call.disposition) << ", flags 0x"
+       << call.flags << std::dec;
+}
+
+}  // namespace quastel::duplicate_tests

@@ -32,17 +32,35 @@ void Release(void* block) noexcept {
 
 }  // namespace
 
-void* operator new(std::size_t size) { return Allocate(size); }
-void* operator new[](std::size_t size) { return Allocate(size); }
-void operator delete(void* block) noexcept { Release(block); }
-void operator delete[](void* block) noexcept { Release(block); }
-void operator delete(void* block, std::size_t) noexcept { Release(block); }
-void operator delete[](void* block, std::size_t) noexcept { Release(block); }
+void* operator new(std::size_t size) {
+  return Allocate(size);
+}
+void* operator new[](std::size_t size) {
+  return Allocate(size);
+}
+void operator delete(void* block) noexcept {
+  Release(block);
+}
+void operator delete[](void* block) noexcept {
+  Release(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+  Release(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+  Release(block);
+}
 
 namespace quastel::bench {
 
-std::uint64_t BytesInUse() { return in_use; }
-std::uint64_t PeakBytes() { return peak; }
-void ResetPeak() { peak = in_use.load(); }
+std::uint64_t BytesInUse() {
+  return in_use;
+}
+std::uint64_t PeakBytes() {
+  return peak;
+}
+void ResetPeak() {
+  peak = in_use.load();
+}
 
 }  // namespace quastel::bench

@@ -28,7 +28,9 @@ constexpr int kFoldersInFolder = 100;
 constexpr int kEveryLarge = 100;
 constexpr std::uint64_t kLargeSize = 10'485'761;
 
-Text Widen(const std::string& text) { return Text(text.begin(), text.end()); }
+Text Widen(const std::string& text) {
+  return Text(text.begin(), text.end());
+}
 
 void BuildTree(quastel::simulated::SimulatedWindows& windows, int files) {
   for (int i = 0; i < files; ++i) {
@@ -59,8 +61,7 @@ std::uint64_t BareWalk(const Text& root) {
       } else if (name != QS_TEXT(".") && name != QS_TEXT("..")) {
         pending.push_back(folder + QS_TEXT("\\") + Text(name));
       }
-    } while (quastel::platform::FindNext(search.value(), entry) ==
-             quastel::platform::Error::kNone);
+    } while (quastel::platform::FindNext(search.value(), entry) == quastel::platform::Error::kNone);
   }
   return files;
 }
@@ -143,8 +144,9 @@ void Measure(int files) {
 }  // namespace
 
 int main() {
-  std::printf("    files |  bare ns |  walk ns | ratio |  scan ns | ratio |     rows | bytes/row | "
-              "disk B/file\n");
+  std::printf(
+      "    files |  bare ns |  walk ns | ratio |  scan ns | ratio |     rows | bytes/row | "
+      "disk B/file\n");
   for (const int files : {10'000, 100'000, 1'000'000}) {
     Measure(files);
   }

@@ -111,8 +111,8 @@ int wmain(int argc, wchar_t** argv) {
   }
   const double floor = contestants[0].Median();
   for (Contestant& contestant : contestants) {
-    std::printf("%-20s %9llu files %9.1f us/file  ratio %.3f\n", contestant.name,
-                contestant.files, contestant.Median() * 1e6 / static_cast<double>(contestant.files),
+    std::printf("%-20s %9llu files %9.1f us/file  ratio %.3f\n", contestant.name, contestant.files,
+                contestant.Median() * 1e6 / static_cast<double>(contestant.files),
                 contestant.Median() / floor);
   }
   return contestants[0].files == contestants[1].files ? 0 : 1;

@@ -36,10 +36,13 @@ void BuildTree(SimulatedWindows& windows, int files) {
     const std::string path = "C:\\tree\\d" + std::to_string(i / kFilesInFolder / 100) + "\\f" +
                              std::to_string(i / kFilesInFolder) + "\\file" + std::to_string(i) +
                              ".bin";
-    // The fifth of five neighbours is a copy of the fourth.
+    // The fifth of five neighbours is a copy of the fourth. Copies come in a thousand sizes, so
+    // that their number grows and what there is to read for each stays.
+    const bool is_copy = i % 5 >= 3;
     const int content = i % 5 == 4 ? i - 1 : i;
-    windows.AddSizedFile(Widen(path), 5'000 + static_cast<std::uint64_t>(content),
-                         static_cast<std::uint32_t>(content));
+    const std::uint64_t size = is_copy ? 5'000 + static_cast<std::uint64_t>(content / 5 % 1'000)
+                                       : 1'000'000 + static_cast<std::uint64_t>(i);
+    windows.AddSizedFile(Widen(path), size, static_cast<std::uint32_t>(content));
   }
 }
 

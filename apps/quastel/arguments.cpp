@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
+#include "duplicates_command.h"
+#include "hash_command.h"
 #include "large_command.h"
 #include "nearest_word.h"
 #include "text.h"
@@ -16,6 +18,7 @@ constexpr const char* kFooter =
     "Examples:\n"
     "  quastel large D:\\ --top 20\n"
     "  quastel large C:\\Users --json > large.json\n"
+    "  quastel duplicates D:\\photos E:\\photos --min-size 1M\n"
     "\n"
     "Exit codes: 0 done, 1 error, 2 usage, 3 done but some rows failed, 5 cancelled.";
 
@@ -104,6 +107,8 @@ Action ParseArguments(const std::vector<std::wstring>& arguments) {
   app.set_version_flag("--version", VersionText(), "Tell the versions and exit");
   app.footer(kFooter);
   AddLargeCommand(app, action);
+  AddDuplicatesCommand(app, action);
+  AddHashCommand(app, action);
   AddVersionCommand(app, action);
 
   if (arguments.empty()) {

@@ -35,6 +35,11 @@ std::wstring WithoutExtendedPrefix(std::wstring_view path) {
   return std::wstring(path);
 }
 
+std::wstring FolderOf(std::wstring_view path) {
+  const std::size_t separator = path.find_last_of(L"\\/");
+  return std::wstring(path.substr(0, separator == std::wstring_view::npos ? 0 : separator));
+}
+
 std::string Quoted(std::wstring_view path) {
   return std::string("\"").append(ToUtf8(path)).append("\"");
 }

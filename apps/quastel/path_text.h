@@ -18,6 +18,9 @@ std::wstring TidyPath(std::wstring_view path);
 // For people: "\\?\Q:\x" reads "Q:\x" and "\\?\UNC\server\share" reads "\\server\share".
 std::wstring WithoutExtendedPrefix(std::wstring_view path);
 
+// The text before the last separator, so "Q:" for a file in a drive's root.
+std::wstring FolderOf(std::wstring_view path);
+
 // In quotation marks and UTF-8, for a message.
 std::string Quoted(std::wstring_view path);
 

@@ -27,67 +27,48 @@ void Grow(std::vector<qs_char>& buffer, std::uint64_t needed) {
 
 }  // namespace
 
+const wchar_t* ScanRequest::UserHome() const {
+  const std::wstring& home = protection ? protection->user_home : cache_profile;
+  return home.empty() ? nullptr : home.c_str();
+}
+
 ProductScan::ProductScan() {
   Require(qs_product_scan_create(&handle_), "qs_product_scan_create");
 }
 
 ProductScan::~ProductScan() {
-  if (thread_.joinable()) {
-    do {
-      Cancel();
-    } while (!WaitFor(std::chrono::milliseconds(10)));
-    thread_.join();
+  while (work_.IsStarted() && !work_.WaitFor(std::chrono::milliseconds(10))) {
+    Cancel();
   }
+  work_.Finish();
   qs_product_scan_destroy(handle_);
 }
 
 void ProductScan::Start(ScanRequest request) {
   request_ = std::move(request);
-  thread_ = std::thread([this] {
+  work_.Start([this] {
     std::vector<const qs_char*> roots;
-    qs_status status = QS_FAILED;
-    try {
-      roots.reserve(request_.roots.size());
-      for (const std::wstring& root : request_.roots) {
-        roots.push_back(root.c_str());
-      }
-      // The library copies all of this before it begins.
-      qs_product_scan_request native = {};
-      native.size = static_cast<std::uint32_t>(sizeof native);
-      native.kind = request_.kind;
-      native.roots = roots.data();
-      native.root_count = roots.size();
-      if (request_.protection) {
-        native.protect_system = 1;
-        native.system_root = request_.protection->system_root.c_str();
-        native.user_home = request_.protection->user_home.c_str();
-      }
-      status = qs_product_scan_start(handle_, &native);
-    } catch (const std::exception&) {
-      status = QS_FAILED;  // no memory for the array of roots: an exception must not leave a thread
+    roots.reserve(request_.roots.size());
+    for (const std::wstring& root : request_.roots) {
+      roots.push_back(root.c_str());
     }
-    const std::lock_guard<std::mutex> lock(mutex_);
-    status_ = status;
-    ended_ = true;
-    ended_signal_.notify_all();
+    // The library copies all of this before it begins.
+    qs_product_scan_request native = {};
+    native.size = static_cast<std::uint32_t>(sizeof native);
+    native.kind = request_.kind;
+    native.roots = roots.data();
+    native.root_count = roots.size();
+    native.user_home = request_.UserHome();
+    if (request_.protection) {
+      native.protect_system = 1;
+      native.system_root = request_.protection->system_root.c_str();
+    }
+    return qs_product_scan_start(handle_, &native);
   });
-}
-
-bool ProductScan::WaitFor(std::chrono::milliseconds time) {
-  std::unique_lock<std::mutex> lock(mutex_);
-  return ended_signal_.wait_for(lock, time, [this] { return ended_; });
 }
 
 void ProductScan::Cancel() {
   qs_product_scan_cancel(handle_);
-}
-
-qs_status ProductScan::Finish() {
-  if (thread_.joinable()) {
-    thread_.join();
-  }
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return status_;
 }
 
 qs_product_scan_status ProductScan::Poll() const {

@@ -4,22 +4,25 @@
 #include <quastel_core.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "protected_folders.h"
+#include "work_thread.h"
 
 namespace quastel::client {
 
 struct ScanRequest {
   std::uint32_t kind = QS_SCAN_KIND_LARGE_FILES;
-  std::vector<std::wstring> roots;
+  std::vector<std::wstring> roots;  // absolute
   std::optional<ProtectedFolders> protection;
+  // The profile that keeps the hash cache where `protection` names none; empty for no cache.
+  std::wstring cache_profile;
+
+  // What the library is given as the user's profile; null when it is given none.
+  const wchar_t* UserHome() const;
 };
 
 struct ScanRow {
@@ -27,6 +30,7 @@ struct ScanRow {
   std::wstring name;
   std::wstring title;
   std::wstring location;
+  std::wstring group_key;  // duplicates only
   qs_product_scan_row numbers = {};
 };
 
@@ -44,14 +48,14 @@ class ProductScan {
   void Start(ScanRequest request);
 
   // True when the scan has ended, which wakes the caller at once; false after `time`.
-  bool WaitFor(std::chrono::milliseconds time);
+  bool WaitFor(std::chrono::milliseconds time) { return work_.WaitFor(time); }
 
   // Does nothing while no scan runs, also in the moment before the new thread has started one. So a
   // caller who wants it to end asks again until WaitFor() answers true.
   void Cancel();
 
   // Waits for the end and answers the status of the start call.
-  qs_status Finish();
+  qs_status Finish() { return work_.Finish(); }
 
   qs_product_scan_status Poll() const;
   qs_product_scan_performance Performance() const;
@@ -67,11 +71,7 @@ class ProductScan {
 
   qs_product_scan* handle_ = nullptr;
   ScanRequest request_;
-  std::thread thread_;
-  std::mutex mutex_;
-  std::condition_variable ended_signal_;
-  bool ended_ = false;        // guarded by mutex_
-  qs_status status_ = QS_OK;  // guarded by mutex_
+  WorkThread work_;
 };
 
 // Reads the rows one after the other with four buffers that only grow: most rows cost one call.

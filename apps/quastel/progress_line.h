@@ -9,6 +9,9 @@
 
 namespace quastel::client {
 
+// The stage from an interrupt on.
+inline constexpr const char* kCancellingStage = "Cancelling";
+
 struct Progress {
   std::string stage;
   std::uint64_t files = 0;

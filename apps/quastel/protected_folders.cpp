@@ -9,7 +9,9 @@
 namespace quastel::client {
 namespace {
 
-std::wstring RequiredVariable(const wchar_t* name) {
+constexpr const wchar_t* kProfile = L"USERPROFILE";
+
+std::wstring Variable(const wchar_t* name) {
   std::wstring value(MAX_PATH, L'\0');
   for (;;) {
     // Answers the length without the terminator, or the size that it needs with it.
@@ -17,10 +19,14 @@ std::wstring RequiredVariable(const wchar_t* name) {
         GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size()));
     if (length < value.size()) {
       value.resize(length);
-      break;
+      return value;
     }
     value.resize(length);
   }
+}
+
+std::wstring RequiredVariable(const wchar_t* name) {
+  std::wstring value = Variable(name);
   if (value.empty()) {
     throw UserError(ExitCode::kError,
                     "the environment variable " + ToUtf8(name) +
@@ -38,8 +44,12 @@ ProtectedFolders ProtectedFoldersFromEnvironment() {
   if (!IsSeparator(folders.system_root.back())) {
     folders.system_root.push_back(L'\\');
   }
-  folders.user_home = RequiredVariable(L"USERPROFILE");
+  folders.user_home = RequiredVariable(kProfile);
   return folders;
+}
+
+std::wstring ProfileFromEnvironment() {
+  return Variable(kProfile);
 }
 
 }  // namespace quastel::client

@@ -15,6 +15,9 @@ struct ProtectedFolders {
 // the real system unprotected.
 ProtectedFolders ProtectedFoldersFromEnvironment();
 
+// %USERPROFILE%; empty when it is not set.
+std::wstring ProfileFromEnvironment();
+
 }  // namespace quastel::client
 
 #endif  // QUASTEL_APPS_QUASTEL_PROTECTED_FOLDERS_H_

@@ -5,12 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "product_scan.h"
-#include "protected_folders.h"
 #include "scan_options.h"
 
 namespace quastel::client {
@@ -20,6 +18,10 @@ struct ReportGroup {
   std::wstring title;
   std::uint64_t count = 0;
   std::uint64_t bytes = 0;
+  std::uint64_t file_size = 0;  // of the last file; duplicates all have the same
+
+  // What removing all but one of the files would free, when they are copies of each other.
+  std::uint64_t Reclaimable() const { return bytes - file_size; }
 };
 
 // What a finished scan found, ready to be written. Paths are tidy but keep their extended-length
@@ -27,22 +29,33 @@ struct ReportGroup {
 struct Report {
   std::string command;
   ScanOptions options;
-  std::vector<std::wstring> roots;  // absolute
-  std::optional<ProtectedFolders> protection;
+  ScanRequest request;
   std::string start_time;
   qs_status status = QS_OK;
 
-  std::vector<ScanRow> rows;        // all of them, in the order of options.sort
-  std::size_t listed = 0;           // how many of them options.top lets through
-  std::vector<ReportGroup> groups;  // by id; counts and sizes of all rows
+  // All of them, in the order of options.sort; the first `listed` ones are shown.
+  std::vector<ScanRow> rows;
+  std::size_t listed = 0;
+  std::vector<ReportGroup> groups;
+  std::size_t listed_groups = 0;
+
   qs_product_scan_status counters = {};
   qs_product_scan_performance performance = {};
 
   bool Cancelled() const { return status == QS_CANCELLED; }
 };
 
-// Reads the rows and numbers of `scan` into `report`, whose options must be set, sorts and groups.
-void CollectRows(const ProductScan& scan, Report& report);
+// Reads the rows and numbers of `scan` into `report`, in the order of the library.
+void ReadRows(const ProductScan& scan, Report& report);
+
+// The groups of the rows, by id.
+std::vector<ReportGroup> GroupRows(const std::vector<ScanRow>& rows);
+
+// How many of `count` entries --top lets through.
+std::size_t WithinTop(std::size_t count, const ScanOptions& options);
+
+// The library reports sizes as signed numbers; totals count a negative one as nothing.
+std::uint64_t PositiveSize(const ScanRow& row);
 
 }  // namespace quastel::client
 

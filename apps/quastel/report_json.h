@@ -6,10 +6,6 @@
 
 namespace quastel::client {
 
-// Raised when a member of the JSON objects changes its meaning or goes away; a new member does not
-// raise it.
-inline constexpr int kJsonSchemaVersion = 1;
-
 // The report for programs: one object, described in docs/client.md. It is written row by row, so
 // that a report of any size costs the memory of its rows alone.
 void WriteJson(const Report& report, OutputStream& out);

@@ -1,20 +1,29 @@
 #ifndef QUASTEL_APPS_QUASTEL_REPORT_TABLE_H_
 #define QUASTEL_APPS_QUASTEL_REPORT_TABLE_H_
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "console.h"
 #include "report.h"
 
 namespace quastel::client {
 
-// How a command speaks of what it found.
-struct ReportWords {
+// How a command tells people what it found.
+struct TableParts {
   std::string nothing_found;  // a sentence
+  void (*write_findings)(const Report& report, OutputStream& out);
 };
 
 // The report for people. Scripts read the JSON: the table may change from version to version.
-void WriteTable(const Report& report, const ReportWords& words, OutputStream& out);
+void WriteTable(const Report& report, const TableParts& parts, OutputStream& out);
+
+// For the commands' own parts.
+std::string ShownPath(const std::wstring& path);
+// Says how much is left out, if anything is: "Showing 3 of 5 rows."
+void WriteShownCount(std::size_t listed, std::size_t all, std::string_view things,
+                     OutputStream& out);
 
 }  // namespace quastel::client
 

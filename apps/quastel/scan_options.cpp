@@ -8,48 +8,51 @@
 namespace quastel::client {
 namespace {
 
-constexpr std::array<std::pair<SortKey, const char*>, 5> kSortKeys = {{
+constexpr std::array<std::pair<SortKey, const char*>, 7> kSortKeys = {{
     {SortKey::kSize, "size"},
     {SortKey::kPath, "path"},
     {SortKey::kModified, "modified"},
     {SortKey::kCategory, "category"},
     {SortKey::kName, "name"},
+    {SortKey::kReclaimable, "reclaimable"},
+    {SortKey::kCount, "count"},
 }};
 
-std::vector<std::string> SortKeyNames() {
+std::vector<std::string> SortKeyNames(const std::vector<SortKey>& keys) {
   std::vector<std::string> names;
-  for (const auto& [key, name] : kSortKeys) {
-    names.emplace_back(name);
+  for (const SortKey key : keys) {
+    names.emplace_back(SortKeyName(key));
   }
   return names;
 }
 
 // The parser by itself takes "-1" for the largest number there is.
-std::string CheckRowCount(const std::string& text) {
+std::string CheckCount(const std::string& text, const std::string& things) {
   const bool digits = !text.empty() && text.size() < 19 &&
                       text.find_first_not_of("0123456789") == std::string::npos;
-  return digits ? std::string() : text + " is not a number of rows";
+  return digits ? std::string() : text + " is not a number of " + things;
 }
 
 }  // namespace
 
-ScanOptionParser::ScanOptionParser(CLI::App& command) : sort_(SortKeyName(SortKey::kSize)) {
+ScanOptionParser::ScanOptionParser(CLI::App& command, const SortWords& words)
+    : sort_(SortKeyName(words.keys.front())) {
   command
       .add_option("ROOT", roots_,
                   "Folders to scan, with all below them; junctions and links are not entered")
       ->type_name("")
       ->required();
   command.add_flag("--json", json_, "Write one JSON object instead of a table");
-  top_option_ = command.add_option("--top", top_, "List only the first N rows after sorting")
-                    ->type_name("N")
-                    ->check(CLI::Validator(CheckRowCount, ""));
-  command
-      .add_option(
-          "--sort", sort_,
-          "Order of the rows: size (largest first), modified (newest first), path, category "
-          "or name")
+  const auto check = [things = words.things](const std::string& text) {
+    return CheckCount(text, things);
+  };
+  top_option_ =
+      command.add_option("--top", top_, "List only the first N " + words.things + " after sorting")
+          ->type_name("N")
+          ->check(CLI::Validator(check, ""));
+  command.add_option("--sort", sort_, "Order of the " + words.things + ": " + words.help)
       ->type_name("KEY")
-      ->check(CLI::IsMember(SortKeyNames()).description(""))
+      ->check(CLI::IsMember(SortKeyNames(words.keys)).description(""))
       ->capture_default_str();
   command.add_flag("--no-protect", no_protect_,
                    "Scan the system's folders and the profile's AppData too");

@@ -9,21 +9,30 @@
 
 namespace quastel::client {
 
-enum class SortKey { kSize, kPath, kModified, kCategory, kName };
+enum class SortKey { kSize, kPath, kModified, kCategory, kName, kReclaimable, kCount };
 
-// What every scan command may be told.
+// What a scan command may be told.
 struct ScanOptions {
   std::vector<std::wstring> roots;  // as typed
   bool json = false;
   bool protect = true;
   std::optional<std::uint64_t> top;
+  std::optional<std::uint64_t> min_size;  // duplicates only
   SortKey sort = SortKey::kSize;
 };
 
-// Lets `command` accept them; it must live until the arguments were parsed and read.
+// How a command sorts and what --top counts.
+struct SortWords {
+  std::vector<SortKey> keys;  // the first one is the default
+  std::string help;           // names the keys
+  std::string things;         // "rows"
+};
+
+// Lets `command` accept what all scan commands do; it must live until the arguments were parsed and
+// read.
 class ScanOptionParser {
  public:
-  explicit ScanOptionParser(CLI::App& command);
+  ScanOptionParser(CLI::App& command, const SortWords& words);
   ScanOptions Read() const;
 
  private:

@@ -3,8 +3,7 @@
 #include <quastel_core.h>
 #include <windows.h>
 
-#include <cstdint>
-
+#include "path_complaint.h"
 #include "path_text.h"
 #include "user_error.h"
 
@@ -41,62 +40,30 @@ std::wstring AbsoluteRoot(const std::wstring& given) {
   return root;
 }
 
-std::wstring SystemForm(const std::wstring& path) {
-  std::uint64_t needed = 0;
-  qs_normalize_path(path.c_str(), nullptr, 0, &needed);
-  std::wstring form(static_cast<std::size_t>(needed), L'\0');
-  if (needed == 0 || qs_normalize_path(path.c_str(), form.data(), needed, &needed) != QS_OK) {
-    return path;
-  }
-  form.resize(static_cast<std::size_t>(needed - 1));
-  return form;
-}
-
-struct Complaint {
-  std::string message;
-  std::string hint;
-};
-
-Complaint WhyNotAFolder(const std::wstring& given, const std::wstring& root) {
-  const std::string shown = Quoted(root) + " ";
+PathComplaint WhyNotAFolder(const std::wstring& given, const std::wstring& root) {
   const DWORD attributes = GetFileAttributesW(SystemForm(root).c_str());
-  const DWORD error = GetLastError();
-  if (attributes != INVALID_FILE_ATTRIBUTES) {
-    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-      return {shown + "is a file, not a folder", "name the folder that holds it"};
-    }
-    return {shown + "is a junction or a link, and these are never entered",
-            "name the folder that it leads to"};
+  if (attributes == INVALID_FILE_ATTRIBUTES) {
+    return WhyNotFound(given, root, GetLastError(), "folders, all below them is scanned");
   }
-  if (given.find(L'"') != std::wstring::npos) {
-    return {shown + "holds a quotation mark",
-            "a \\ just before a closing quotation mark hides it: write \"C:\\My Folder\", without "
-            "the last \\"};
+  if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+    return {Quoted(root) + " is a file, not a folder", "name the folder that holds it"};
   }
-  if (given.find_first_of(L"*?") != std::wstring::npos) {
-    return {shown + "does not exist",
-            "wildcards are not expanded: name folders, all below them is scanned"};
-  }
-  if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND &&
-      error != ERROR_INVALID_NAME) {
-    return {shown + "cannot be read (Windows error " + std::to_string(error) + ")",
-            error == ERROR_ACCESS_DENIED ? "this account may not open it" : ""};
-  }
-  return {shown + "does not exist", "check the spelling, and that the drive is there"};
+  return {Quoted(root) + " is a junction or a link, and these are never entered",
+          "name the folder that it leads to"};
 }
 
 }  // namespace
 
 std::vector<std::wstring> ResolveRoots(const std::vector<std::wstring>& given) {
   std::vector<std::wstring> roots;
-  Complaint all;
+  PathComplaint all;
   for (const std::wstring& text : given) {
     if (text.empty()) {
       throw UserError(ExitCode::kUsage, "a folder's name is empty", "write . for this folder");
     }
     std::wstring root = AbsoluteRoot(text);
     if (qs_directory_exists(root.c_str()) == 0) {
-      const Complaint complaint = WhyNotAFolder(text, root);
+      const PathComplaint complaint = WhyNotAFolder(text, root);
       all.message += complaint.message + "\n";
       if (all.hint.find(complaint.hint) == std::string::npos) {
         all.hint += complaint.hint + "\n";

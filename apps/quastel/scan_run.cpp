@@ -1,39 +1,37 @@
 #include "scan_run.h"
 
-#include <chrono>
-#include <utility>
-
 #include "progress_line.h"
 
 namespace quastel::client {
 namespace {
 
-// How often the line is drawn, and how long an interrupt may wait for an answer.
-constexpr std::chrono::milliseconds kPollInterval(100);
-
-void ReadProgress(const ProductScan& scan, Progress& progress) {
+void ReadProgress(const ProductScan& scan, StageWord stage, Progress& progress) {
   const qs_product_scan_status status = scan.Poll();
+  const qs_product_scan_performance performance = scan.Performance();
+  progress.stage = stage(status, performance);
   progress.files = status.files_visited;
   progress.bytes = status.bytes_visited;
-  progress.elapsed_us = scan.Performance().elapsed_us;
+  progress.elapsed_us = performance.elapsed_us;
   scan.ReadCurrentPath(progress.path);
 }
 
 }  // namespace
 
-qs_status RunScan(ProductScan& scan, ScanRequest request, const std::string& stage,
+qs_status RunScan(ProductScan& scan, const ScanRequest& request, StageWord stage,
                   const InterruptGuard& interrupt, Console& console) {
   ProgressLine line(console.err);
   Progress progress;
-  scan.Start(std::move(request));
+  scan.Start(request);
   while (!scan.WaitFor(kPollInterval)) {
     const bool cancelling = interrupt.Requested();
     if (cancelling) {
       scan.Cancel();
     }
     if (line.IsShown()) {
-      progress.stage = cancelling ? "Cancelling" : stage;
-      ReadProgress(scan, progress);
+      ReadProgress(scan, stage, progress);
+      if (cancelling) {
+        progress.stage = kCancellingStage;
+      }
       line.Draw(progress);
     }
   }

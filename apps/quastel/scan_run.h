@@ -1,17 +1,19 @@
 #ifndef QUASTEL_APPS_QUASTEL_SCAN_RUN_H_
 #define QUASTEL_APPS_QUASTEL_SCAN_RUN_H_
 
-#include <string>
-
 #include "console.h"
 #include "interrupt.h"
 #include "product_scan.h"
 
 namespace quastel::client {
 
+// What a running scan is doing, in a word for the progress line.
+using StageWord = const char* (*)(const qs_product_scan_status&,
+                                  const qs_product_scan_performance&);
+
 // Runs a scan from start to end: draws the progress line, and cancels when the user interrupts.
-// `stage` is what the line says first. Answers the status of the scan.
-qs_status RunScan(ProductScan& scan, ScanRequest request, const std::string& stage,
+// Answers the status of the scan.
+qs_status RunScan(ProductScan& scan, const ScanRequest& request, StageWord stage,
                   const InterruptGuard& interrupt, Console& console);
 
 }  // namespace quastel::client

@@ -3,21 +3,17 @@
 #include <quastel_core.h>
 
 #include <memory>
-#include <nlohmann/json.hpp>
 
-#include "report_json.h"
+#include "json_writer.h"
 
 namespace quastel::client {
 namespace {
 
 ExitCode RunVersion(bool as_json, Console& console) {
   if (as_json) {
-    nlohmann::ordered_json json;
-    json["schema_version"] = kJsonSchemaVersion;
-    json["library_version"] = qs_version();
-    json["command"] = "version";
-    json["client_version"] = QUASTEL_CLIENT_VERSION;
-    console.out.Write(json.dump(2) + "\n");
+    JsonWriter object(console.out, "version");
+    object.Member("client_version", QUASTEL_CLIENT_VERSION);
+    object.End();
   } else {
     console.out.Write(VersionText() + "\n");
   }

@@ -1,72 +1,26 @@
 #!/usr/bin/env python3
-"""The command-line client from end to end, as a person or a script calls it.
+"""The command-line client from end to end, as a person or a script calls it: quastel large, and
+what all commands have in common.
 
 Usage: client_test.py CLIENT [TEST...], with WINEPREFIX set."""
 
 import datetime
 import json
 import os
-import sys
-import unittest
 
+import client_case
 import client_harness
+from client_case import ClientTest, plain, quastel, setUpModule, tearDownModule
 from client_harness import CATEGORIES, FILES, FIRST_TIME, TICKS_TO_1970
-
-EXE = ""
-PLACE = None
-
-
-def setUpModule():
-    global PLACE
-    PLACE = client_harness.Place(EXE)
-
-
-def tearDownModule():
-    PLACE.remove()
-
-
-def quastel(*arguments, **how):
-    return client_harness.run(EXE, *arguments, **how)
-
-
-class ClientTest(unittest.TestCase):
-    maxDiff = None
-
-    def assert_done(self, result):
-        self.assertEqual((result.code, result.err), (0, ""))
-
-    def assert_refused(self, result, code, *texts):
-        self.assertEqual((result.code, result.out), (code, ""))
-        for text in texts:
-            self.assertIn(text, result.err)
-        self.assertIn("hint: ", result.err)
-
-    def assert_same_files(self, rows, expected):
-        """Names a few differences: unittest's own account of two long lists takes minutes."""
-        found = {plain(row["path"]): row["size"] for row in rows}
-        self.assertEqual(len(found), len(rows), "a file is listed twice")
-        wrong = sorted(found.items() ^ expected.items())
-        self.assertEqual(wrong[:6], [], f"{len(wrong)} differences")
-
-    def report(self, *arguments, **how):
-        result = quastel("large", "--json", *arguments, **how)
-        self.assert_done(result)
-        return json.loads(result.out)
-
-
-def plain(path):
-    """A JSON path as people see it."""
-    return path[4:] if path.startswith("\\\\?\\") else path
-
 
 class Json(ClientTest):
     def test_rows_equal_what_find_lists(self):
-        report = self.report(PLACE.windows_path("tree"))
-        expected = PLACE.find_large("tree")
+        report = self.report("large", self.place.windows_path("tree"))
+        expected = self.place.find_large("tree")
         self.assertEqual(len(expected), len(CATEGORIES))
         self.assert_same_files(report["rows"], expected)
 
-        modified = {PLACE.windows_path("tree/" + name): FIRST_TIME + 3600 * number
+        modified = {self.place.windows_path("tree/" + name): FIRST_TIME + 3600 * number
                     for number, name in enumerate(FILES)}
         rows = {plain(row["path"]): row for row in report["rows"]}
         titles = {group["id"]: group["title"] for group in report["groups"]}
@@ -84,16 +38,16 @@ class Json(ClientTest):
         self.assertEqual(sorted(row["item_id"] for row in rows.values()), list(range(len(rows))))
 
     def test_a_long_path_keeps_the_prefix_that_makes_it_usable(self):
-        rows = self.report(PLACE.windows_path("tree"))["rows"]
+        rows = self.report("large", self.place.windows_path("tree"))["rows"]
         deep = [row["path"] for row in rows if row["name"] == "deep.iso"]
-        self.assertEqual([path[:7] for path in deep], ["\\\\?\\" + PLACE.drive + "\\"])
+        self.assertEqual([path[:7] for path in deep], ["\\\\?\\" + self.place.drive + "\\"])
         self.assertEqual([row["path"][:3] for row in rows if row["name"] == "holiday.mp4"],
-                         [PLACE.drive + "\\"])
+                         [self.place.drive + "\\"])
 
     def test_the_object_has_the_documented_members(self):
-        root = PLACE.windows_path("tree")
+        root = self.place.windows_path("tree")
         before = datetime.datetime.now(datetime.timezone.utc)
-        report = self.report(root, "--sort", "name", "--top", "3")
+        report = self.report("large", root, "--sort", "name", "--top", "3")
         self.assertEqual(list(report), [
             "schema_version", "library_version", "command", "roots", "options", "start_time",
             "status", "cancelled", "rows", "groups", "totals", "performance"])
@@ -112,7 +66,7 @@ class Json(ClientTest):
         self.assertEqual((report["status"], report["cancelled"]), ("ok", False))
 
         # --top shortens the list and nothing else.
-        found = PLACE.find_large("tree")
+        found = self.place.find_large("tree")
         self.assertEqual(len(report["rows"]), 3)
         self.assertEqual(report["totals"], {
             "files_visited": len(FILES), "bytes_visited": sum(FILES.values()),
@@ -131,13 +85,14 @@ class Json(ClientTest):
                                 report["performance"]["walk_us"])
 
     def test_thousands_of_rows_arrive_whole(self):
-        report = self.report(PLACE.windows_path("many"))
-        self.assert_same_files(report["rows"], PLACE.find_large("many"))
+        report = self.report("large", self.place.windows_path("many"))
+        self.assert_same_files(report["rows"], self.place.find_large("many"))
         for row, number in zip(report["rows"], range(1999, -1, -1)):
             self.assertEqual(row["name"], f"{number:05}.iso")
 
     def test_nothing_found_is_an_empty_list(self):
-        report = self.report(PLACE.windows_path("tree/nothing in here"), "--no-protect")
+        report = self.report("large", self.place.windows_path("tree/nothing in here"),
+                             "--no-protect")
         self.assertEqual((report["rows"], report["groups"]), ([], []))
         options = report["options"]
         self.assertEqual((options["protect"], options["system_root"], options["user_home"]),
@@ -148,35 +103,36 @@ class Order(ClientTest):
     KEYS = {
         "size": lambda row: -row["size"],
         "modified": lambda row: -row["modified_ticks"],
-        "path": lambda row: row["path"].upper(),
+        "path": lambda row: plain(row["path"]).upper(),
         "name": lambda row: row["name"].upper(),
         "category": lambda row: (row["category"].upper(), -row["size"]),
     }
 
     def test_each_key_sorts(self):
-        root = PLACE.windows_path("tree")
+        root = self.place.windows_path("tree")
         orders = set()
         for key, function in self.KEYS.items():
             with self.subTest(key):
-                rows = self.report(root, "--sort", key)["rows"]
+                rows = self.report("large", root, "--sort", key)["rows"]
                 self.assertEqual(rows, sorted(rows, key=function))
                 orders.add(tuple(row["name"] for row in rows))
         self.assertEqual(len(orders), len(self.KEYS), "two keys gave the same order")
 
     def test_size_is_the_default(self):
-        root = PLACE.windows_path("tree")
-        self.assertEqual(self.report(root)["rows"], self.report(root, "--sort=size")["rows"])
+        root = self.place.windows_path("tree")
+        self.assertEqual(self.report("large", root)["rows"],
+                         self.report("large", root, "--sort=size")["rows"])
 
 
 class Table(ClientTest):
     def test_people_get_aligned_columns_a_summary_and_totals(self):
-        result = quastel("large", PLACE.windows_path("tree"))
+        result = quastel("large", self.place.windows_path("tree"))
         self.assert_done(result)
         self.assertNotIn("\r", result.out)
         lines = result.out.split("\n")
         place = lines[0].index("Path")
         self.assertEqual(lines[0].split(), ["Size", "Modified", "Category", "Path"])
-        found = PLACE.find_large("tree")
+        found = self.place.find_large("tree")
         rows = lines[1:1 + len(found)]
         self.assertEqual([line[place:] for line in rows],
                          sorted(found, key=found.get, reverse=True))
@@ -193,29 +149,31 @@ class Table(ClientTest):
                          rf"\n\n{len(FILES)} files seen \(1\.7 GiB\) in [\d.]+ m?s\.\n$")
 
     def test_top_says_how_much_it_left_out(self):
-        result = quastel("large", PLACE.windows_path("many"), "--top", "2")
+        result = quastel("large", self.place.windows_path("many"), "--top", "2")
         self.assert_done(result)
         self.assertEqual(result.out.count(".iso\n"), 2)
         self.assertIn("\nShowing 2 of 2,000 rows.\n", result.out)
         self.assertRegex(result.out, r"\nTotal +2,000 +19\.5 GiB\n")
 
     def test_nothing_found_is_said_kindly(self):
-        result = quastel("large", PLACE.windows_path("tree/nothing in here"))
+        result = quastel("large", self.place.windows_path("tree/nothing in here"))
         self.assert_done(result)
         self.assertRegex(result.out, r"^No large files here: none is above 10 MiB\.\n0 files")
 
 
 class Roots(ClientTest):
     def test_a_drive_root_gives_paths_with_single_separators(self):
-        report = self.report(PLACE.windows_path())
-        self.assertEqual(report["roots"], [PLACE.drive + "\\"])
-        expected = PLACE.find_large("tree") | PLACE.find_large("many") | PLACE.find_large("outside")
+        report = self.report("large", self.place.windows_path())
+        self.assertEqual(report["roots"], [self.place.drive + "\\"])
+        expected = {}
+        for folder in ("tree", "many", "outside"):
+            expected.update(self.place.find_large(folder))
         self.assert_same_files(report["rows"], expected)
 
     def test_relative_roots_are_made_absolute(self):
         # Wine takes this folder for the current one of its drive.
-        report = self.report("[draft]", "..\\videos\\",
-                             cwd=os.path.join(PLACE.folder, "tree/work"))
+        report = self.report("large", "[draft]", "..\\videos\\",
+                             cwd=os.path.join(self.place.folder, "tree/work"))
         self.assertEqual([root.rsplit("\\tree\\")[1] for root in report["roots"]],
                          ["work\\[draft]", "videos"])
         self.assertTrue(all(root[1:3] == ":\\" for root in report["roots"]), report["roots"])
@@ -223,16 +181,16 @@ class Roots(ClientTest):
                          ["holiday.mp4", "Short.MOV", "plan.psd"])
 
     def test_a_bare_drive_letter_is_its_current_folder(self):
-        report = self.report(PLACE.drive, "--top", "0")
-        self.assertEqual(report["roots"], [PLACE.drive + "\\"])
-        self.assertEqual(report["totals"]["item_count"], len(PLACE.find_large("")))
+        report = self.report("large", self.place.drive, "--top", "0")
+        self.assertEqual(report["roots"], [self.place.drive + "\\"])
+        self.assertEqual(report["totals"]["item_count"], len(self.place.find_large("")))
 
     def test_a_missing_root_is_told_from_an_empty_one(self):
-        missing = PLACE.windows_path("no such folder")
+        missing = self.place.windows_path("no such folder")
         self.assert_refused(quastel("large", missing), 1, f'"{missing}" does not exist')
 
     def test_every_wrong_root_is_named(self):
-        tree = PLACE.windows_path("tree")
+        tree = self.place.windows_path("tree")
         result = quastel("large", "--json", tree, tree + "\\gone", tree + "\\small.txt",
                          tree + "\\*.mp4", tree + "\\link", tree + '\\videos"')
         self.assert_refused(result, 1, 'gone" does not exist', 'small.txt" is a file, not a folder',
@@ -240,29 +198,29 @@ class Roots(ClientTest):
                             'link" is a junction or a link', "holds a quotation mark")
 
     def test_a_link_below_a_root_is_not_entered(self):
-        rows = self.report(PLACE.windows_path("tree"))["rows"]
+        rows = self.report("large", self.place.windows_path("tree"))["rows"]
         self.assertNotIn("linked.iso", [row["name"] for row in rows])
 
 
 class Protection(ClientTest):
     def names(self, folder):
         """The large files of the system's drive below one of its folders."""
-        return f"C:\\{os.path.relpath(folder, PLACE.prefix + '/drive_c')}\\".replace("/", "\\")
+        return f"C:\\{os.path.relpath(folder, self.place.prefix + '/drive_c')}\\".replace("/", "\\")
 
     def test_the_systems_folders_are_left_alone_unless_told(self):
-        opened = self.names(PLACE.system_open) + "open.iso"
-        protected = self.names(PLACE.system_protected) + "protected.iso"
-        paths = [row["path"] for row in self.report("C:\\")["rows"]]
+        opened = self.names(self.place.system_open) + "open.iso"
+        protected = self.names(self.place.system_protected) + "protected.iso"
+        paths = [row["path"] for row in self.report("large", "C:\\")["rows"]]
         self.assertIn(opened, paths)
         guarded = ("c:\\windows", "c:\\program files", "c:\\programdata")
         self.assertEqual([path for path in paths if path.lower().startswith(guarded)], [])
 
-        paths = [row["path"] for row in self.report("C:\\", "--no-protect")["rows"]]
+        paths = [row["path"] for row in self.report("large", "C:\\", "--no-protect")["rows"]]
         self.assertIn(opened, paths)
         self.assertIn(protected, paths)
 
     def test_a_protected_root_is_pointed_out(self):
-        root = self.names(PLACE.system_protected).rstrip("\\")
+        root = self.names(self.place.system_protected).rstrip("\\")
         result = quastel("large", root)
         self.assertEqual(result.code, 0)
         self.assertIn(f'"{root}" is protected: nothing below it is scanned; use --no-protect',
@@ -273,10 +231,10 @@ class Protection(ClientTest):
         self.assertIn("protected.iso", result.out)
 
     def test_an_unknown_system_is_an_error(self):
-        exe = "Z:" + os.path.abspath(EXE).replace("/", "\\")
+        exe = "Z:" + client_case.EXE.replace("/", "\\")
         # Wine sets the variable for the first program of a run, so that a second one is started.
         # %SystemDrive% it sets for each: that this one may be missing is not seen here.
-        without = f"set USERPROFILE=&{exe} large " + PLACE.windows_path("tree\\videos")
+        without = f"set USERPROFILE=&{exe} large " + self.place.windows_path("tree\\videos")
         result = client_harness.run("cmd", "/c", without)
         self.assert_refused(result, 1, "USERPROFILE is not set", "--no-protect")
         result = client_harness.run("cmd", "/c", without + " --no-protect")
@@ -300,7 +258,7 @@ class Usage(ClientTest):
                 self.assertTrue(result.out.endswith("\n"))
 
     def test_mistakes_are_named_with_a_hint(self):
-        tree = PLACE.windows_path("tree")
+        tree = self.place.windows_path("tree")
         for arguments, texts in (
                 (["larg", tree], ['no command "larg"', "did you mean large?"]),
                 (["tidy", tree], ['no command "tidy"', "see quastel --help"]),
@@ -335,12 +293,12 @@ class Outputs(ClientTest):
         reading, writing = os.pipe()
         os.close(reading)
         with os.fdopen(writing, "wb") as pipe:
-            result = quastel("large", PLACE.windows_path("many"), "--json", stdout=pipe)
+            result = quastel("large", self.place.windows_path("many"), "--json", stdout=pipe)
         self.assert_done(result)
 
     def test_a_full_disk_is_an_error(self):
         with open("/dev/full", "wb") as full:
-            result = quastel("large", PLACE.windows_path("tree"), stdout=full)
+            result = quastel("large", self.place.windows_path("tree"), stdout=full)
         self.assertEqual(result.code, 1)
         self.assertIn("the output could not be written", result.err)
 
@@ -348,8 +306,8 @@ class Outputs(ClientTest):
 class Terminal(ClientTest):
     def test_a_progress_line_is_drawn_and_erased(self):
         result, screen, _ = client_harness.run_at_terminal(
-            EXE, "large", PLACE.windows_path("tree"), env={"QUASTEL_SCAN_HOLD_MS": "1500"},
-            columns=60)
+            client_case.EXE, "large", self.place.windows_path("tree"),
+            env={"QUASTEL_SCAN_HOLD_MS": "1500"}, columns=60)
         self.assertEqual(result.code, 0)
         self.assertIn("holiday.mp4", result.out)
         self.assertNotIn("Scanning", result.out)
@@ -361,14 +319,15 @@ class Terminal(ClientTest):
         self.assertEqual(screen.text(), "")
 
     def test_nothing_is_drawn_into_a_pipe(self):
-        result = quastel("large", PLACE.windows_path("tree"), env={"QUASTEL_SCAN_HOLD_MS": "800"})
+        result = quastel("large", self.place.windows_path("tree"),
+                         env={"QUASTEL_SCAN_HOLD_MS": "800"})
         self.assert_done(result)
 
     def test_ctrl_c_keeps_the_report_and_says_so(self):
         for arguments in (["--json"], []):
             with self.subTest(arguments):
                 result, screen, took = client_harness.run_at_terminal(
-                    EXE, "large", PLACE.windows_path("tree"), *arguments,
+                    client_case.EXE, "large", self.place.windows_path("tree"), *arguments,
                     env={"QUASTEL_SCAN_HOLD_MS": "5000"}, interrupt_after="Scanning")
                 self.assertEqual(result.code, 5)
                 self.assertLess(took, 4)
@@ -381,5 +340,4 @@ class Terminal(ClientTest):
 
 
 if __name__ == "__main__":
-    EXE = os.path.abspath(sys.argv.pop(1))
-    unittest.main(verbosity=2)
+    client_case.main()

@@ -25,5 +25,12 @@ TEST(WithoutExtendedPrefix, Shows_the_path_that_people_know) {
   EXPECT_EQ(WithoutExtendedPrefix(L"Q:\\x"), L"Q:\\x");
 }
 
+TEST(FolderOf, Is_the_text_before_the_last_separator) {
+  EXPECT_EQ(FolderOf(L"Q:\\a\\b"), L"Q:\\a");
+  EXPECT_EQ(FolderOf(L"Q:\\a/b"), L"Q:\\a");
+  EXPECT_EQ(FolderOf(L"Q:\\b"), L"Q:");
+  EXPECT_EQ(FolderOf(L"b"), L"");
+}
+
 }  // namespace
 }  // namespace quastel::client

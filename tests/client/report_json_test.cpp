@@ -111,5 +111,36 @@ TEST(ReportJson, A_scan_that_ended_early_says_why) {
   EXPECT_EQ(json["cancelled"], true);
 }
 
+TEST(ReportJson, Duplicates_have_keys_instead_of_categories) {
+  Report report = OneRow(L"Q:\\x");
+  report.request.kind = QS_SCAN_KIND_DUPLICATES;
+  report.rows[0].group_key = L"1 00";
+  ReportGroup group;
+  group.count = 3;
+  group.bytes = 30;
+  group.file_size = 10;
+  report.groups = {group, group};
+  report.listed_groups = 1;
+  const nlohmann::json json = nlohmann::json::parse(Written(report));
+  EXPECT_EQ(json["rows"][0]["group_key"], "1 00");
+  EXPECT_FALSE(json["rows"][0].contains("category"));
+  EXPECT_FALSE(json["rows"][0].contains("large_class"));
+  ASSERT_EQ(json["groups"].size(), 1U);
+  EXPECT_EQ(json["groups"][0]["size"], 10);
+  EXPECT_EQ(json["groups"][0]["reclaimable"], 20);
+  EXPECT_EQ(json["totals"]["group_count"], 2);
+  EXPECT_EQ(json["totals"]["reclaimable"], 40);
+  EXPECT_TRUE(json["options"]["user_home"].is_null());
+}
+
+TEST(ReportJson, The_profile_of_an_unprotected_duplicate_scan_is_told) {
+  Report report = OneRow(L"Q:\\x");
+  report.request.cache_profile = L"C:\\Users\\ann";
+  const nlohmann::json options = nlohmann::json::parse(Written(report))["options"];
+  EXPECT_EQ(options["user_home"], "C:\\Users\\ann");
+  EXPECT_TRUE(options["system_root"].is_null());
+  EXPECT_EQ(options["protect"], false);
+}
+
 }  // namespace
 }  // namespace quastel::client

@@ -3,21 +3,35 @@
 set(client_tests ${CMAKE_CURRENT_LIST_DIR})
 set(client_sources ${PROJECT_SOURCE_DIR}/apps/quastel)
 quastel_windows_test(client_unit_tests
+  ${client_tests}/byte_size_test.cpp
   ${client_tests}/display_text_test.cpp
+  ${client_tests}/duplicate_report_test.cpp
+  ${client_tests}/duplicate_stage_test.cpp
+  ${client_tests}/hash_digits_test.cpp
+  ${client_tests}/name_order_test.cpp
   ${client_tests}/nearest_word_test.cpp
   ${client_tests}/path_text_test.cpp
   ${client_tests}/report_json_test.cpp
   ${client_tests}/text_test.cpp
   ${client_tests}/time_text_test.cpp
+  ${client_sources}/byte_size.cpp
   ${client_sources}/console.cpp
   ${client_sources}/display_text.cpp
+  ${client_sources}/duplicate_report.cpp
+  ${client_sources}/duplicate_stage.cpp
+  ${client_sources}/hash_digits.cpp
+  ${client_sources}/json_writer.cpp
+  ${client_sources}/name_order.cpp
   ${client_sources}/nearest_word.cpp
   ${client_sources}/path_text.cpp
+  ${client_sources}/product_scan.cpp
+  ${client_sources}/report.cpp
   ${client_sources}/report_json.cpp
   ${client_sources}/scan_options.cpp
   ${client_sources}/status_text.cpp
   ${client_sources}/text.cpp
   ${client_sources}/time_text.cpp
+  ${client_sources}/work_thread.cpp
 )
 target_include_directories(client_unit_tests PRIVATE ${client_sources})
 target_include_directories(client_unit_tests SYSTEM PRIVATE ${CMAKE_BINARY_DIR}/client_headers)
@@ -27,6 +41,15 @@ target_link_libraries(client_unit_tests PRIVATE quastel_core)
 
 if(CMAKE_CROSSCOMPILING)
   add_test(NAME client
-    COMMAND ${client_tests}/run_tests.sh $<TARGET_FILE:quastel>)
-  set_tests_properties(client PROPERTIES TIMEOUT 600 RESOURCE_LOCK wine)
+    COMMAND ${client_tests}/run_tests.sh client_test.py $<TARGET_FILE:quastel>)
+  add_test(NAME client_duplicates
+    COMMAND ${client_tests}/run_tests.sh duplicates_test.py $<TARGET_FILE:quastel>)
+  add_test(NAME client_hash
+    COMMAND ${client_tests}/run_tests.sh hash_test.py $<TARGET_FILE:quastel>)
+  # The hashes against another implementation, over files of thousands of sizes.
+  add_test(NAME client_hash_crosscheck
+    COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/scripts/crosscheck_hashes.py
+      --client $<TARGET_FILE:quastel>)
+  set_tests_properties(client client_duplicates client_hash client_hash_crosscheck
+    PROPERTIES TIMEOUT 600 RESOURCE_LOCK wine)
 endif()

@@ -1,6 +1,5 @@
-// What the tests of the duplicate scan share: contents, keys and cache files
-// made without the library, scans as values, and what the record of calls says
-// about opened files.
+// What the tests of the duplicate scan share: contents, keys and cache files made without the
+// library, scans as values, and what the record of calls says about opened files.
 
 #ifndef QUASTEL_TESTS_DUPLICATE_DUPLICATE_FIXTURE_H_
 #define QUASTEL_TESTS_DUPLICATE_DUPLICATE_FIXTURE_H_
@@ -62,8 +61,7 @@ std::string HashOf(std::string_view content);
 // The content, filled up with zeros to 150 bytes, in hexadecimal digits.
 std::string HexOf(std::string_view content);
 std::string HeadOf(std::string_view content);
-// The complete sample: the hexadecimal digits up to 150 bytes, above head "|"
-// tail.
+// The complete sample: the hexadecimal digits up to 150 bytes, above head "|" tail.
 std::string SampleOf(std::string_view content);
 std::string SampleKeyOf(std::string_view content);
 // The key of a group of such files.
@@ -90,9 +88,8 @@ Row DuplicateRow(std::uint64_t item_id, std::uint64_t group_id, TextView path, T
 
 // The paths of each group.
 using Groups = std::vector<std::vector<std::string>>;
-// Checks what holds for every report as well: groups count from 1, have two
-// members or more, one key, one size, and the name of their first file as
-// title; ids count from 0.
+// Checks what holds for every report as well: groups count from 1, have two members or more, one
+// key, one size, and the name of their first file as title; ids count from 0.
 Groups GroupsOf(const std::vector<Row>& rows);
 
 // ---- The cache file.

@@ -1,5 +1,5 @@
-// Which files a duplicate scan opens, how often, and how much it reads: told by
-// the record of calls.
+// Which files a duplicate scan opens, how often, and how much it reads: told by the record of
+// calls.
 
 #include <atomic>
 #include <initializer_list>
@@ -27,8 +27,7 @@ std::map<std::string, std::vector<std::string>> ReadsOf(const SimulatedWindows& 
     } else if (current != nullptr && call.call == Call::kReadFrom) {
       current->push_back("read " + std::to_string(call.number));
     } else if (current != nullptr && call.call == Call::kSeekTo && call.number != 0) {
-      // Whether a file that was just opened is set to its beginning is nobody's
-      // business.
+      // Whether a file that was just opened is set to its beginning is nobody's business.
       current->push_back("seek " + std::to_string(call.number));
     }
   }
@@ -174,8 +173,7 @@ TEST(DuplicateAccess, Changes_no_file_but_the_cache) {
   EXPECT_EQ(machine.Describe(), before);
 }
 
-// Others write to and delete the files meanwhile, in whatever stage the scan
-// is.
+// Others write to and delete the files meanwhile, in whatever stage the scan is.
 class Sharing : public ::testing::TestWithParam<int> {};
 
 TEST_P(Sharing, Lets_others_write_and_delete_a_file_that_is_being_read) {

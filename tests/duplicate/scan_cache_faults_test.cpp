@@ -1,6 +1,5 @@
-// A cache that cannot be read or written costs time and nothing else: whatever
-// fails, the report is that of a scan without a cache, and the file is the old
-// or the new one.
+// A cache that cannot be read or written costs time and nothing else: whatever fails, the report is
+// that of a scan without a cache, and the file is the old or the new one.
 
 #include <atomic>
 #include <string>

@@ -1,5 +1,4 @@
-// What a duplicate scan takes from the hash cache, and when it reads and writes
-// the file.
+// What a duplicate scan takes from the hash cache, and when it reads and writes the file.
 
 #include <string>
 #include <vector>
@@ -156,8 +155,7 @@ TEST(DuplicateCache, With_the_longest_texts_gives_keys_as_long) {
   EXPECT_EQ(Utf8(scan.rows[0].location), "9223372036854775807 " + sample + " 01234567");
 }
 
-// Entries for C:\data\a that speak of another file; the sample would make it
-// equal to none.
+// Entries for C:\data\a that speak of another file; the sample would make it equal to none.
 struct StaleCase : support::NamedCase {
   void (*change)(CacheRecord& record);
 };

@@ -189,8 +189,7 @@ TEST(DuplicateCancel, Behind_the_walk_starts_no_worker) {
   EXPECT_EQ(PerformanceOf(test.scan).candidates, 10u);
 }
 
-// The openings: ten samples and heads, three tails (of the files above one
-// block), then six whole.
+// The openings: ten samples and heads, three tails (of the files above one block), then six whole.
 class CancelInAStage : public ::testing::TestWithParam<int> {};
 
 TEST_P(CancelInAStage, Opens_no_further_file) {

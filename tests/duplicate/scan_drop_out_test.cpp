@@ -1,5 +1,5 @@
-// Files that cannot be read, go away or change while they are compared: they
-// drop out, and the scan goes on.
+// Files that cannot be read, go away or change while they are compared: they drop out, and the scan
+// goes on.
 
 #include <atomic>
 #include <initializer_list>

@@ -1,6 +1,5 @@
-// Random trees that change between scans, against a model: duplicates are files
-// of equal content, and what a scan opens and remembers follows from what the
-// scans before have learned.
+// Random trees that change between scans, against a model: duplicates are files of equal content,
+// and what a scan opens and remembers follows from what the scans before have learned.
 
 #include <algorithm>
 #include <initializer_list>
@@ -216,8 +215,7 @@ class Life {
     machine_.AddFolder(u"C:\\data");
     machine_.AddFolder(u"D:\\more");
     machine_.SetProcessorCount(static_cast<std::uint32_t>(std::size_t{1} << Below(3)));
-    // Trees of few contents have many duplicates, trees of all contents hardly
-    // any.
+    // Trees of few contents have many duplicates, trees of all contents hardly any.
     const std::size_t contents = 3 + Below(20);
     for (std::size_t i = 0; i < contents; ++i) {
       palette_.push_back(&Contents()[Below(Contents().size())]);

@@ -1,5 +1,4 @@
-// The performance record of a duplicate scan: its four counters and the timers
-// of its stages.
+// The performance record of a duplicate scan: its four counters and the timers of its stages.
 
 #include <cstring>
 #include <initializer_list>
@@ -12,8 +11,7 @@ namespace {
 
 using Performance = qs_product_scan_performance;
 
-// A group of small files, a group of large ones, a near miss, a file of its own
-// size.
+// A group of small files, a group of large ones, a near miss, a file of its own size.
 void AddFiles(SimulatedWindows& machine) {
   machine.AddFile(u"C:\\data\\a", Bytes(90));
   machine.AddFile(u"C:\\data\\b", Bytes(90));
@@ -73,8 +71,7 @@ TEST(DuplicatePerformance, Counters_are_there_when_the_next_stage_begins) {
 TEST(DuplicatePerformance, Times_every_stage_and_nothing_else) {
   SimulatedWindows machine;
   AddFiles(machine);
-  // Each look at the clock takes a millisecond: a timer that runs shows one at
-  // least.
+  // Each look at the clock takes a millisecond: a timer that runs shows one at least.
   scan_tests::InsideEveryCall(machine, Call::kMonotonicNanoseconds,
                               [&](std::uint64_t) { machine.AdvanceClock(1); });
   const Outcome scan = ScanData();

@@ -1,5 +1,5 @@
-// What a poller sees of a duplicate scan: counters, the current path of walk
-// and stages, and whether a path was published.
+// What a poller sees of a duplicate scan: counters, the current path of walk and stages, and
+// whether a path was published.
 
 #include <string>
 

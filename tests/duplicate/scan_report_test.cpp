@@ -1,5 +1,4 @@
-// What a duplicate scan reports: groups, their numbers and order, every field
-// of a row.
+// What a duplicate scan reports: groups, their numbers and order, every field of a row.
 
 #include <algorithm>
 #include <initializer_list>
@@ -93,8 +92,7 @@ TEST_P(DifferenceInTheMiddle, Is_found_by_the_full_hash_alone) {
   EXPECT_EQ(scan.performance.sampled_items, 2u);
 }
 
-// At 8,192 bytes head and tail meet; with one more there is a byte that neither
-// covers.
+// At 8,192 bytes head and tail meet; with one more there is a byte that neither covers.
 INSTANTIATE_TEST_SUITE_P(All, DifferenceInTheMiddle,
                          ::testing::Values(MiddleCase{8193, 4096}, MiddleCase{8194, 4096},
                                            MiddleCase{8194, 4097}, MiddleCase{20'000, 10'000},

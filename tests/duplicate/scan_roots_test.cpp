@@ -1,5 +1,5 @@
-// What a duplicate scan walks and what it takes as a candidate: roots,
-// protection, links, paths of every length, and the requests that are refused.
+// What a duplicate scan walks and what it takes as a candidate: roots, protection, links, paths of
+// every length, and the requests that are refused.
 
 #include <string>
 

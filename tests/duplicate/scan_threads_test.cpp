@@ -94,8 +94,7 @@ TEST(DuplicateThreads, Sixteen_workers_and_a_poller_see_the_same_report) {
   // A first scan sets the kind that the poller looks for.
   EXPECT_EQ(scan.Start(DuplicateRequest({u"C:\\none"})), QS_OK);
   std::optional<Poller> poller;
-  // The scan has begun when the poller does, and cannot end before it has read
-  // something.
+  // The scan has begun when the poller does, and cannot end before it has read something.
   scan_tests::InsideCall(machine, Call::kFindFirstBasic, 1, [&] {
     poller.emplace(scan);
     while (poller->rounds() < 2) {
@@ -164,8 +163,7 @@ TEST(DuplicateThreads, A_cancel_from_another_thread_at_any_time_keeps_what_is_ou
     EXPECT_EQ(ReadReport(scan), full);
   }
   EXPECT_GE(cancelled, 5);
-  // Two looks and a hash of each large file, one look at each small one: 420
-  // openings.
+  // Two looks and a hash of each large file, one look at each small one: 420 openings.
   EXPECT_GE(finished, 1);
 }
 

@@ -1,5 +1,5 @@
-// The worker threads of a duplicate scan: how many there are, that their number
-// shows nowhere in the report, and what happens when one cannot be started.
+// The worker threads of a duplicate scan: how many there are, that their number shows nowhere in
+// the report, and what happens when one cannot be started.
 
 #include <atomic>
 #include <initializer_list>
@@ -99,8 +99,7 @@ TEST(WorkersOfSeveralRoots, Are_counted_by_the_roots_that_are_walked) {
   EXPECT_EQ(machine.CallCountFor(Call::kVolumePathName, u"S:\\data"), 1u);
 }
 
-// Some hundred files of several sizes: groups of all kinds, near misses,
-// unreadable ones.
+// Some hundred files of several sizes: groups of all kinds, near misses, unreadable ones.
 void AddMixedTree(SimulatedWindows& machine) {
   int number = 0;
   for (const std::size_t size :

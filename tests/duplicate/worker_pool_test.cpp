@@ -401,8 +401,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 constexpr std::int32_t kBelowNormal = -1;
 
-// What each worker thread did about its priority, without whatever it did
-// besides.
+// What each worker thread did about its priority, without whatever it did besides.
 std::vector<std::vector<std::string>> PriorityCallsOf(const SimulatedWindows& machine) {
   std::map<std::uint64_t, std::vector<std::string>> by_thread;
   for (const CallRecord& call : machine.record()) {

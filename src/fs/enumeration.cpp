@@ -5,6 +5,7 @@
 
 #include "base/ticks.h"
 #include "frame/cancel.h"
+#include "fs/folder_listing.h"
 #include "fs/path_rules.h"
 #include "platform/clock.h"
 #include "platform/search.h"
@@ -17,64 +18,6 @@ constexpr TextView kEverything = QS_TEXT("*");
 std::uint64_t LocalTicks(std::uint64_t file_time) {
   const auto local = platform::ToLocalFileTime(file_time);
   return (local.ok() ? local.value() : file_time) + kTicksAt1601;
-}
-
-bool IsDotEntry(const platform::FindData& entry) {
-  const TextView name(entry.name);
-  return name == QS_TEXT(".") || name == QS_TEXT("..");
-}
-
-// folder\pattern for a search. When the two together are long the prefix goes onto the folder
-// alone: resolving would take a trailing dot off the pattern.
-Text SearchText(const Text& folder, TextView pattern) {
-  const bool is_long = folder.size() + 1 + pattern.size() >= kLongPathThreshold;
-  if (is_long && !IsExtendedPath(folder)) {
-    return JoinPath(ToExtendedPath(folder), pattern);
-  }
-  return Text(folder).append(1, Char{'\\'}).append(pattern);
-}
-
-// One path after the other below one folder, in a buffer that is kept between them.
-class EntryPath {
- public:
-  void EnterFolder(const Text& folder) {
-    path_.assign(folder).append(1, Char{'\\'});
-    folder_length_ = path_.size();
-  }
-
-  // The full path of an entry, in the form that callers and system calls get.
-  const Text& Of(const Char* name) {
-    path_.resize(folder_length_);
-    path_.append(name);
-    if (path_.size() < kLongPathThreshold || IsExtendedPath(path_)) {
-      return path_;
-    }
-    long_path_ = ToExtendedPath(path_);
-    return long_path_;
-  }
-
- private:
-  Text path_;
-  Text long_path_;
-  std::size_t folder_length_ = 0;
-};
-
-// Hands every entry but "." and ".." to `visit`, with the cancel flag tested before each.
-template <typename Visitor>
-qs_status ForEachEntry(platform::Result<platform::SearchHandle> search, platform::FindData& entry,
-                       std::uint32_t* cancel, Visitor visit) {
-  if (!search.ok()) {
-    return QS_OK;
-  }
-  do {
-    if (IsCancelRequested(cancel)) {
-      return QS_CANCELLED;
-    }
-    if (!IsDotEntry(entry)) {
-      visit(entry);
-    }
-  } while (platform::FindNext(search.value(), entry) == platform::Error::kNone);
-  return QS_OK;
 }
 
 // One recursive walk: a stack of folders still to be listed.
@@ -158,8 +101,7 @@ class FileWalk {
     return ForEachEntry(std::move(search), entry_, options_.cancel,
                         [this](const platform::FindData& entry) {
                           // File systems may ignore the limit, so the attribute decides.
-                          if (platform::IsDirectory(entry.attributes) &&
-                              !platform::IsReparsePoint(entry.attributes)) {
+                          if (IsRealFolder(entry)) {
                             Push(entry);
                           }
                         });
@@ -213,8 +155,7 @@ qs_status EnumerateDirectories(const Text& root, qs_directory_callback callback,
   platform::FindData entry = {};
   return ForEachEntry(platform::FindFirst(SearchText(folder, kEverything).c_str(), entry), entry,
                       cancel, [&](const platform::FindData& found) {
-                        if (platform::IsDirectory(found.attributes) &&
-                            !platform::IsReparsePoint(found.attributes)) {
+                        if (IsRealFolder(found)) {
                           callback(user, entry_path.Of(found.name).c_str());
                         }
                       });

@@ -4,6 +4,7 @@
 
 #include "duplicate/duplicate_scan.h"
 #include "frame/boundary.h"
+#include "junk/junk_scan.h"
 #include "scan/large_file_scan.h"
 #include "scan/product_scan.h"
 
@@ -17,7 +18,7 @@ struct qs_product_scan final : quastel::ProductScan {
 namespace {
 
 constexpr quastel::ScanRunners kRunners = {
-    nullptr,  // junk rules
+    quastel::junk::RunJunkScan,
     quastel::RunLargeFileScan,
     quastel::duplicate::RunDuplicateScan,
 };

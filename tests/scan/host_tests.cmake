@@ -1,5 +1,4 @@
 quastel_host_test(scan_tests
-  scan/kinds_not_built_test.cpp
   scan/large_file_class_test.cpp
   scan/large_file_scan_test.cpp
   scan/large_scan_include_test.cpp

@@ -67,3 +67,6 @@ foreach(room base frame fs scan duplicate junk rules simulated_windows contract 
     include(${room}/host_tests.cmake)
   endif()
 endforeach()
+if(QUASTEL_FUZZ)
+  include(fuzz/fuzz.cmake)
+endif()

@@ -1,5 +1,5 @@
-# Fuzz targets, in a build with QUASTEL_FUZZ (clang). Each has its seeds in corpus/NAME; the ordinary
-# tests replay them.
+# Fuzz targets, in a build with QUASTEL_FUZZ (clang). Each has its seeds in corpus/NAME; the
+# ordinary tests replay them.
 
 function(quastel_fuzz_target name)
   add_executable(${name}_fuzz ${ARGN})

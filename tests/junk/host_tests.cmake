@@ -22,12 +22,14 @@ quastel_host_test(junk_tests
   scan/scan_fixture.cpp
 )
 target_compile_definitions(junk_tests PRIVATE
-  QUASTEL_FUZZ_CORPUS="${CMAKE_CURRENT_SOURCE_DIR}/fuzz/corpus"
-  $<$<OR:$<BOOL:${QUASTEL_SANITIZE}>,$<BOOL:${QUASTEL_COVERAGE}>>:QUASTEL_INSTRUMENTED>)
+  QUASTEL_FUZZ_CORPUS="${CMAKE_CURRENT_SOURCE_DIR}/fuzz/corpus")
+if(QUASTEL_SANITIZE OR QUASTEL_COVERAGE)
+  target_compile_definitions(junk_tests PRIVATE QUASTEL_INSTRUMENTED)
+endif()
 
-# The sharing of an open, which is not in the machine's record, and memory that no test should really
-# take: duplicate/open_record.cpp and junk/large_blocks.cpp step in front of the calls. The long name
-# is the mangled OpenFile of quastel::platform.
+# The sharing of an open, which is not in the machine's record, and memory that no test should
+# really take: duplicate/open_record.cpp and junk/large_blocks.cpp step in front of the calls. The
+# long name is the mangled OpenFile of quastel::platform.
 target_link_options(junk_tests PRIVATE
   LINKER:--wrap=_ZN7quastel8platform8OpenFileEPKDsjjNS0_11DispositionEj
   LINKER:--wrap=malloc

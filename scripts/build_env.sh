@@ -70,6 +70,7 @@ install_for_host() {
   want_command gcc gcc
   want_command clang++ clang
   want_command xxhsum xxhash
+  want_file /usr/include/expat.h libexpat1-dev
   want_file /usr/include/assert.h libc6-dev
   install_missing
   # The sanitizers' runtime is a package of its own on some releases, named after clang's version.

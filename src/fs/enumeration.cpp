@@ -3,22 +3,16 @@
 #include <utility>
 #include <vector>
 
-#include "base/ticks.h"
 #include "frame/cancel.h"
 #include "fs/folder_listing.h"
+#include "fs/local_ticks.h"
 #include "fs/path_rules.h"
-#include "platform/clock.h"
 #include "platform/search.h"
 
 namespace quastel {
 namespace {
 
 constexpr TextView kEverything = QS_TEXT("*");
-
-std::uint64_t LocalTicks(std::uint64_t file_time) {
-  const auto local = platform::ToLocalFileTime(file_time);
-  return (local.ok() ? local.value() : file_time) + kTicksAt1601;
-}
 
 // One recursive walk: a stack of folders still to be listed.
 class FileWalk {

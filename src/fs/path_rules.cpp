@@ -1,5 +1,6 @@
 #include "fs/path_rules.h"
 
+#include <memory>
 #include <utility>
 
 #include "base/ascii.h"
@@ -12,6 +13,28 @@ constexpr TextView kExtendedPrefix = QS_TEXT("\\\\?\\");
 constexpr TextView kExtendedUncPrefix = QS_TEXT("\\\\?\\UNC\\");
 constexpr TextView kUncPrefix = QS_TEXT("\\\\");
 constexpr std::uint32_t kLongestPathCapacity = 32768;
+
+std::size_t NextSeparator(TextView path, std::size_t from) {
+  while (from < path.size() && !IsSeparator(path[from])) {
+    ++from;
+  }
+  return from;
+}
+
+// Behind the separator that ends the share's name; a path that has none is a root as a whole.
+std::size_t EndOfShare(TextView path, std::size_t server) {
+  const std::size_t server_end = NextSeparator(path, server);
+  if (server_end == path.size()) {
+    return path.size();
+  }
+  const std::size_t share_end = NextSeparator(path, server_end + 1);
+  return share_end == path.size() ? path.size() : share_end + 1;
+}
+
+// Whether a drive letter's colon and a separator stand at these places.
+bool HasDriveAt(TextView path, std::size_t colon) {
+  return path.size() >= colon + 2 && path[colon] == Char{':'} && IsSeparator(path[colon + 1]);
+}
 
 }  // namespace
 
@@ -34,11 +57,8 @@ Text ToExtendedPath(Text path) {
   if (IsExtendedPath(path)) {
     return path;
   }
-  Text resolved(kLongestPathCapacity, Char{});
-  const std::uint32_t length =
-      platform::FullPathName(path.c_str(), kLongestPathCapacity, resolved.data());
-  if (length >= 1 && length < kLongestPathCapacity) {
-    path.assign(resolved, 0, length);
+  if (std::optional<Text> resolved = ResolveAtOnce(path.c_str())) {
+    path = *std::move(resolved);
   }
   if (path.starts_with(kUncPrefix)) {
     return Text(kExtendedUncPrefix).append(path, kUncPrefix.size(), Text::npos);
@@ -58,6 +78,16 @@ std::optional<Text> ResolveFully(const Text& path) {
   }
   resolved.resize(length);
   return resolved;
+}
+
+std::optional<Text> ResolveAtOnce(const Char* path) {
+  // Clearing a buffer of this size would cost more than the call does.
+  const auto buffer = std::make_unique_for_overwrite<Char[]>(kLongestPathCapacity);
+  const std::uint32_t length = platform::FullPathName(path, kLongestPathCapacity, buffer.get());
+  if (length == 0 || length >= kLongestPathCapacity) {
+    return std::nullopt;
+  }
+  return Text(buffer.get(), length);
 }
 
 Text ToComparablePath(const Text& path) {
@@ -97,6 +127,19 @@ std::optional<Text> ParentDirectoryOf(const Text& path) {
     text.resize(last);
   }
   return resolved;
+}
+
+std::size_t RootLength(TextView path) {
+  if (StartsWithFolded(path, kExtendedUncPrefix)) {
+    return EndOfShare(path, kExtendedUncPrefix.size());
+  }
+  if (IsExtendedPath(path) && HasDriveAt(path, kExtendedPrefix.size() + 1)) {
+    return kExtendedPrefix.size() + 3;
+  }
+  if (path.starts_with(kUncPrefix)) {
+    return EndOfShare(path, kUncPrefix.size());
+  }
+  return HasDriveAt(path, 1) ? 3 : 0;
 }
 
 bool IsPathUnder(TextView path, TextView prefix) {

@@ -45,6 +45,10 @@ class LongPath {
 // The absolute form of a path, by the system's rules; nothing when it has none.
 std::optional<Text> ResolveFully(const Text& path);
 
+// The same by one call, for paths that are resolved often; nothing for a result of 32,768 units and
+// more, which no call takes.
+std::optional<Text> ResolveAtOnce(const Char* path);
+
 // The form in which paths are compared: absolute, without an extended-length prefix and, from a
 // length of 4 on, without trailing separators. A path that cannot be resolved is taken as given.
 Text ToComparablePath(const Text& path);
@@ -52,6 +56,11 @@ Text ToComparablePath(const Text& path);
 // The folder of a path, after it was made absolute: a drive's root is its own parent. Nothing when
 // the path cannot be resolved.
 std::optional<Text> ParentDirectoryOf(const Text& path);
+
+// The length of the part of an absolute path that is no folder of its own: a drive with its
+// separator, or a server and share with the separator behind them, each with its extended-length
+// prefix. 0 for a path that has no such part.
+std::size_t RootLength(TextView path);
 
 // Whether `path` is `prefix` or lies below it, on whole names.
 bool IsPathUnder(TextView path, TextView prefix);

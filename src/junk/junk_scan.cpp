@@ -1,5 +1,6 @@
 #include "junk/junk_scan.h"
 
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -73,6 +74,19 @@ void OnJunkFileFound(void* user, const Char* path, std::uint64_t size, std::uint
   row.deletable = true;
   row.preselect = context.preselect;
   context.scan.AppendRow(std::move(row));
+}
+
+// Whether `joined`, which begins with `folder`, is a real folder, and every one between the two as
+// well: a rule must not leave its folder through a link in the middle of an EndPath either.
+bool IsReachedWithoutLink(const Text& folder, const Text& joined) {
+  if (IsPathUnder(joined, folder)) {
+    for (std::size_t i = folder.size() + 1; i < joined.size(); ++i) {
+      if (IsSeparator(joined[i]) && !IsRealDirectory(joined.substr(0, i))) {
+        return false;
+      }
+    }
+  }
+  return IsRealDirectory(joined);
 }
 
 // The walk through the rules below one top-level category.
@@ -149,7 +163,7 @@ class RuleWalker {
         continue;
       }
       const Text joined = CombinePaths(folder, end_path->c_str());
-      if (!IsRealDirectory(joined)) {
+      if (!IsReachedWithoutLink(folder, joined)) {
         continue;
       }
       const qs_status walked =

@@ -33,8 +33,8 @@ qs_status Deliver(TextView text, const TextTarget& target) {
 
 }  // namespace
 
-ProductScan::ProductScan(const ScanRunners& runners)
-    : runners_(runners), performance_(EmptyPerformance()) {}
+ProductScan::ProductScan(const ScanRunners& runners, EmptyFolderTest is_empty_folder)
+    : runners_(runners), is_empty_folder_(is_empty_folder), performance_(EmptyPerformance()) {}
 
 qs_status ProductScan::Start(const qs_product_scan_request* request) {
   if (!busy_.TryEnter()) {
@@ -49,7 +49,7 @@ qs_status ProductScan::Start(const qs_product_scan_request* request) {
   {
     std::deque<ReportRow> old_rows;  // a large report is freed while the readers go on
     const MutexLock lock(mutex_);
-    if (IsRunning()) {
+    if (IsRunning() || IsCleaning()) {
       return QS_BUSY;
     }
     rows_.swap(old_rows);
@@ -77,7 +77,9 @@ void ProductScan::Reset(OwnedRequest request) {
   performance_ = EmptyPerformance();
   performance_.kind = static_cast<std::uint32_t>(request_.kind);
   started_at_ns_ = platform::MonotonicNanoseconds();
+  clean_ = {};
   cancel_.Clear();
+  clean_cancel_.Clear();
   scan_active_ = true;
 }
 
@@ -126,7 +128,7 @@ bool ProductScan::TryRetire() {
   }
   BusyScope busy(busy_);
   const MutexLock lock(mutex_);
-  if (IsRunning()) {
+  if (IsRunning() || IsCleaning()) {
     return false;
   }
   busy.Keep();

@@ -1,15 +1,18 @@
-// The product scan object: one request, one scan at a time, and the report that it leaves.
+// The product scan object: one request, one scan at a time, the report that it leaves, and the
+// cleans of that report.
 //
-// Start runs on the caller's thread and is the only writer while it runs. Queries and Cancel come
-// from any other thread; they take the mutex for the length of a copy. The object knows no scan
-// kind: whoever makes it hands it the table of the runners.
+// Start and StartClean run on the caller's thread; one of them at a time is inside, and the only
+// writer. Queries and cancels come from any other thread; they take the mutex for the length of a
+// copy. The object knows no scan kind: whoever makes it hands it the table of the runners.
 
 #ifndef QUASTEL_SCAN_PRODUCT_SCAN_H_
 #define QUASTEL_SCAN_PRODUCT_SCAN_H_
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <vector>
 
 #include "base/mutex.h"
 #include "base/text.h"
@@ -47,7 +50,7 @@ class ProductScan {
  public:
   using PerformanceField = std::uint64_t qs_product_scan_performance::*;
 
-  explicit ProductScan(const ScanRunners& runners);
+  explicit ProductScan(const ScanRunners& runners, EmptyFolderTest is_empty_folder = nullptr);
   ProductScan(const ProductScan&) = delete;
   ProductScan& operator=(const ProductScan&) = delete;
 
@@ -70,6 +73,18 @@ class ProductScan {
   qs_status CopyRow(std::uint64_t index, const RowTextTargets& texts, qs_product_scan_row& row)
       QS_EXCLUDES(mutex_);
   qs_status CopyParentGroupId(std::uint64_t index, std::uint64_t& id) QS_EXCLUDES(mutex_);
+
+  // ---- What the exports call for a clean.
+
+  // Deletes the files of the rows that the ids name, and returns the clean's status. A request that
+  // is refused deletes and changes nothing.
+  qs_status StartClean(const std::uint64_t* ids, std::uint64_t count) QS_EXCLUDES(mutex_);
+
+  // Asks the running clean to stop before its next file; does nothing when none runs.
+  void CancelClean() QS_EXCLUDES(mutex_);
+
+  void PollClean(qs_product_clean_status& status) QS_EXCLUDES(mutex_);
+  void PollClean(qs_product_clean_detail& detail) QS_EXCLUDES(mutex_);
 
   // ---- What the scan kinds call, on the scan's threads.
 
@@ -101,10 +116,27 @@ class ProductScan {
   qs_status RunKind();
   qs_status FinishScan(qs_status status) QS_EXCLUDES(mutex_);
 
+  // What a clean works through: indexes of rows.
+  using CleanList = std::vector<std::size_t>;
+
+  bool IsCleaning() const QS_REQUIRES(mutex_);
+  qs_status AdmitClean(const std::uint64_t* ids, std::uint64_t count, CleanList& list)
+      QS_EXCLUDES(mutex_);
+  qs_status ListRows(const std::uint64_t* ids, std::uint64_t count, CleanList& list) const
+      QS_REQUIRES(mutex_);
+  void PutDeepestFirst(CleanList& list) const QS_REQUIRES(mutex_);
+  bool LeavesNoCopy(const CleanList& list) const QS_REQUIRES(mutex_);
+  qs_status RunClean(const CleanList& list) QS_EXCLUDES(mutex_);
+  bool CleanRow(std::size_t index, Text& path) QS_EXCLUDES(mutex_);
+  void RemoveEmptyFolderOf(const Text& path) const;
+  qs_status FinishClean(qs_status status) QS_EXCLUDES(mutex_);
+
   const ScanRunners runners_;
+  const EmptyFolderTest is_empty_folder_;
   BusyFlag busy_;
   OwnedRequest request_;  // written and read by whoever holds the busy flag
   CancelFlag cancel_;
+  CancelFlag clean_cancel_;
   std::atomic<std::uint64_t> files_visited_{0};
   std::atomic<std::uint64_t> bytes_visited_{0};
   std::atomic<std::uint64_t> next_path_update_ms_{0};
@@ -120,6 +152,8 @@ class ProductScan {
   std::uint64_t group_count_ QS_GUARDED_BY(mutex_) = 0;
   std::int64_t started_at_ns_ QS_GUARDED_BY(mutex_) = 0;
   bool scan_active_ QS_GUARDED_BY(mutex_) = false;
+  qs_product_clean_detail clean_ QS_GUARDED_BY(mutex_) = {};
+  bool clean_active_ QS_GUARDED_BY(mutex_) = false;
 };
 
 // Adds the time of its scope to one performance field.

@@ -1,9 +1,11 @@
-// The exported product scan. This file alone knows which runner belongs to which kind.
+// The exported product scan. This file alone knows which runner belongs to which kind, and what a
+// clean takes for an empty folder.
 
 #include <new>
 
 #include "duplicate/duplicate_scan.h"
 #include "frame/boundary.h"
+#include "junk/empty_directory.h"
 #include "junk/junk_scan.h"
 #include "scan/large_file_scan.h"
 #include "scan/product_scan.h"
@@ -30,7 +32,7 @@ qs_status qs_product_scan_create(qs_product_scan** scan_out) {
     return QS_INVALID_ARGUMENT;
   }
   return StatusBoundary([&] {
-    *scan_out = new qs_product_scan(kRunners);
+    *scan_out = new qs_product_scan(kRunners, quastel::IsEligibleEmptyDirectory);
     return QS_OK;
   });
 }
@@ -136,4 +138,43 @@ qs_status qs_product_scan_report_row_parent_group_id(qs_product_scan* scan, uint
     return QS_INVALID_ARGUMENT;
   }
   return StatusBoundary([&] { return scan->CopyParentGroupId(index, *parent_group_id); });
+}
+
+qs_status qs_product_scan_start_clean(qs_product_scan* scan, const uint64_t* item_ids,
+                                      uint64_t count) {
+  if (scan == nullptr) {
+    return QS_INVALID_ARGUMENT;
+  }
+  return StatusBoundary([&] { return scan->StartClean(item_ids, count); });
+}
+
+qs_status qs_product_scan_cancel_clean(qs_product_scan* scan) {
+  if (scan == nullptr) {
+    return QS_INVALID_ARGUMENT;
+  }
+  return StatusBoundary([&] {
+    scan->CancelClean();
+    return QS_OK;
+  });
+}
+
+qs_status qs_product_scan_poll_clean(qs_product_scan* scan, qs_product_clean_status* status) {
+  if (scan == nullptr || status == nullptr) {
+    return QS_INVALID_ARGUMENT;
+  }
+  return StatusBoundary([&] {
+    scan->PollClean(*status);
+    return QS_OK;
+  });
+}
+
+qs_status qs_product_scan_poll_clean_detailed(qs_product_scan* scan,
+                                              qs_product_clean_detail* detail) {
+  if (scan == nullptr || detail == nullptr || detail->size < sizeof(*detail)) {
+    return QS_INVALID_ARGUMENT;
+  }
+  return StatusBoundary([&] {
+    scan->PollClean(*detail);
+    return QS_OK;
+  });
 }

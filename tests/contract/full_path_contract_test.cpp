@@ -66,6 +66,14 @@ TEST(FullPathContract, The_long_form_keeps_its_prefix) {
             QS_TEXT("\\\\?\\UNC\\server\\share\\b"));
 }
 
+// Though a file call would take them by the letter.
+TEST(FullPathContract, The_long_form_loses_dots_and_spaces_at_the_end_as_well) {
+  const Machine machine;
+  EXPECT_EQ(FullPath(QS_TEXT("\\\\?\\C:\\a\\b.")), QS_TEXT("\\\\?\\C:\\a\\b"));
+  EXPECT_EQ(FullPath(QS_TEXT("\\\\?\\C:\\a\\b. ")), QS_TEXT("\\\\?\\C:\\a\\b"));
+  EXPECT_EQ(FullPath(QS_TEXT("\\\\?\\C:\\a.\\b")), QS_TEXT("\\\\?\\C:\\a\\b"));
+}
+
 TEST(FullPathContract, Relative_paths_start_at_the_current_folder) {
   Machine machine;
   const Text folder = machine.MakeFolder(QS_TEXT("here"));

@@ -95,6 +95,20 @@ TEST(RemoveFolderContract, Missing_names_fail) {
   EXPECT_EQ(RemoveFolder(machine.Path(QS_TEXT("missing\\d")).c_str()), Error::kPathNotFound);
 }
 
+TEST(RemoveFolderContract, A_folder_named_through_a_file_is_refused) {
+  Machine machine;
+  machine.MakeFile(QS_TEXT("f"), "x");
+  EXPECT_EQ(RemoveFolder(machine.Path(QS_TEXT("f\\d")).c_str()), Error::kPathNotFound);
+}
+
+TEST(RemoveFolderContract, The_current_folder_is_refused) {
+  Machine machine;
+  const Text folder = machine.MakeFolder(QS_TEXT("here"));
+  machine.SetCurrentFolder(folder);
+  EXPECT_EQ(RemoveFolder(folder.c_str()), Error::kSharingViolation);
+  EXPECT_TRUE(machine.Exists(folder));
+}
+
 // Wine 8 cannot remove links to folders.
 TEST(RemoveFolderContract, What_a_link_leads_to_stays_when_the_link_is_removed) {
   Machine machine;
@@ -104,6 +118,40 @@ TEST(RemoveFolderContract, What_a_link_leads_to_stays_when_the_link_is_removed) 
   const Error error = RemoveFolder(link.c_str());
   EXPECT_EQ(machine.Exists(link), error != Error::kNone);
   EXPECT_TRUE(machine.Exists(inside));
+}
+
+TEST(RemoveFileContract, A_link_to_a_folder_and_what_it_leads_to_are_refused) {
+  Machine machine;
+  const Text target = machine.MakeFolder(QS_TEXT("target"));
+  const Text inside = machine.MakeFile(QS_TEXT("target\\inside"), "x");
+  const Text link = machine.MakeFolderLink(QS_TEXT("link"), target);
+  EXPECT_NE(RemoveFile(link.c_str()), Error::kNone);
+  EXPECT_TRUE(machine.Exists(link));
+  EXPECT_TRUE(machine.Exists(inside));
+}
+
+TEST(RemoveFileContract, A_file_with_a_separator_at_its_end_is_refused) {
+  Machine machine;
+  const Text file = machine.MakeFile(QS_TEXT("f"), "x");
+  EXPECT_NE(RemoveFile((file + QS_TEXT("\\")).c_str()), Error::kNone);
+  EXPECT_TRUE(machine.Exists(file));
+}
+
+TEST(RemoveFileContract, A_name_with_wildcards_removes_nothing) {
+  Machine machine;
+  const Text file = machine.MakeFile(QS_TEXT("f"), "x");
+  EXPECT_EQ(RemoveFile(machine.Path(QS_TEXT("*")).c_str()), Error::kInvalidName);
+  EXPECT_EQ(RemoveFile(machine.Path(QS_TEXT("?")).c_str()), Error::kInvalidName);
+  EXPECT_TRUE(machine.Exists(file));
+}
+
+TEST(RemoveFileContract, Dots_and_blanks_at_the_end_count_with_the_long_prefix_alone) {
+  Machine machine;
+  const Text file = machine.MakeFile(QS_TEXT("f"), "x");
+  EXPECT_EQ(RemoveFile((QS_TEXT("\\\\?\\") + file + QS_TEXT(".")).c_str()), Error::kFileNotFound);
+  EXPECT_TRUE(machine.Exists(file));
+  EXPECT_EQ(RemoveFile((file + QS_TEXT(". .")).c_str()), Error::kNone);
+  EXPECT_FALSE(machine.Exists(file));
 }
 
 TEST(RemoveFileContract, A_file_below_a_link_goes_from_the_target) {

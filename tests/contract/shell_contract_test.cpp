@@ -100,6 +100,55 @@ TEST(ComContract, Without_COM_there_is_no_file_operation) {
   EXPECT_FALSE(operation.valid());
 }
 
+TEST(ComContract, A_file_operation_is_made_once_COM_is_there) {
+  const Machine machine;
+  ASSERT_TRUE(platform::ComSucceeded(platform::InitializeCom()));
+  {
+    platform::FileOperation operation;
+    EXPECT_TRUE(platform::ComSucceeded(platform::CreateFileOperation(operation)));
+    EXPECT_TRUE(operation.valid());
+  }
+  platform::UninitializeCom();
+}
+
+// Wine 8 makes the operation but cannot perform it, and says so.
+TEST(ComContract, A_file_operation_that_reports_a_failure_has_left_the_file) {
+  Machine machine;
+  const Text file = machine.MakeFile(QS_TEXT("f"), "x");
+  const Text other = machine.MakeFile(QS_TEXT("g"), "x");
+  ASSERT_TRUE(platform::ComSucceeded(platform::InitializeCom()));
+  bool done = false;
+  {
+    platform::FileOperation operation;
+    platform::ShellItem item;
+    bool aborted = true;
+    ASSERT_TRUE(platform::ComSucceeded(platform::CreateFileOperation(operation)));
+    ASSERT_TRUE(platform::ComSucceeded(platform::CreateShellItem(file.c_str(), item)));
+    done = platform::ComSucceeded(platform::SetOperationFlags(operation, kSilent)) &&
+           platform::ComSucceeded(platform::MarkForDeletion(operation, item)) &&
+           platform::ComSucceeded(platform::PerformOperations(operation)) &&
+           platform::ComSucceeded(platform::QueryOperationsAborted(operation, aborted)) && !aborted;
+  }
+  platform::UninitializeCom();
+  EXPECT_EQ(machine.Exists(file), !done);
+  EXPECT_TRUE(machine.Exists(other));
+}
+
+TEST(ComContract, An_operation_that_is_given_up_has_done_nothing) {
+  Machine machine;
+  const Text file = machine.MakeFile(QS_TEXT("f"), "still here");
+  ASSERT_TRUE(platform::ComSucceeded(platform::InitializeCom()));
+  {
+    platform::FileOperation operation;
+    platform::ShellItem item;
+    ASSERT_TRUE(platform::ComSucceeded(platform::CreateFileOperation(operation)));
+    ASSERT_TRUE(platform::ComSucceeded(platform::CreateShellItem(file.c_str(), item)));
+    static_cast<void>(platform::MarkForDeletion(operation, item));
+  }
+  platform::UninitializeCom();
+  EXPECT_EQ(machine.ContentOf(file), "still here");
+}
+
 TEST(ComContract, A_shell_item_is_made_only_of_what_exists) {
   Machine machine;
   const Text file = machine.MakeFile(QS_TEXT("f"), "x");

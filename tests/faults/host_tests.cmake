@@ -1,6 +1,7 @@
 quastel_host_test(fault_tests
   faults/allocation_faults.cpp
   faults/allocation_faults_test.cpp
+  faults/deletion_sweep_test.cpp
   faults/fault_scenario.cpp
   faults/fault_sweep_test.cpp
   scan/scan_fixture.cpp

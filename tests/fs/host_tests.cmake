@@ -1,4 +1,8 @@
 quastel_host_test(fs_tests
+  fs/deletion_ancestors_test.cpp
+  fs/deletion_model_test.cpp
+  fs/deletion_paths_test.cpp
+  fs/deletion_race_test.cpp
   fs/directory_exists_test.cpp
   fs/enumerate_directories_test.cpp
   fs/enumeration_access_test.cpp
@@ -12,12 +16,16 @@ quastel_host_test(fs_tests
   fs/enumeration_test.cpp
   fs/enumeration_threads_test.cpp
   fs/enumeration_times_test.cpp
+  fs/file_snapshot_test.cpp
   fs/folder_filter_test.cpp
   fs/matches_date_test.cpp
   fs/matches_size_test.cpp
   fs/path_exports_test.cpp
   fs/path_rules_model_test.cpp
   fs/path_rules_test.cpp
+  fs/permanent_deletion_test.cpp
   fs/protection_model_test.cpp
   fs/protection_test.cpp
+  fs/recycle_bin_test.cpp
+  fs/recycle_steps_test.cpp
 )

@@ -75,6 +75,20 @@ TEST_F(JunkScanLinks, Are_no_folder_of_a_list_and_take_no_number) {
       << "of the children other, sub and third, the first is g1 and empty";
 }
 
+TEST_F(JunkScanLinks, In_the_middle_of_an_end_path_are_not_passed) {
+  machine_.AddFile(u"C:\\d\\sub\\AC\\Temp\\own", "x");
+  machine_.AddFile(u"C:\\precious\\Temp\\keep", "x");
+  machine_.AddLink(LinkKind::kJunction, u"C:\\d\\other\\AC", u"C:\\precious");
+  machine_.AddLink(LinkKind::kFolderLink, u"C:\\d\\third\\AC", u"C:\\precious");
+  for (const std::string end : {"AC\\Temp", "AC/Temp", "AC\\\\Temp", "AC\\.\\Temp"}) {
+    SCOPED_TRACE(end);
+    const std::vector<Row> rows =
+        Report(InCategory("<FolderList StartPath='C:\\d' EndPath='" + end + "'/>"));
+    ExpectNothingPrecious(rows);
+    EXPECT_EQ(scan_tests::Poll(scan_).item_count, 1u);
+  }
+}
+
 TEST_F(JunkScanLinks, That_come_while_the_scan_runs_are_not_entered_either) {
   machine_.AddFile(u"C:\\d\\sub\\own", "x");
   machine_.AddFile(u"C:\\t\\own", "x");

@@ -22,26 +22,14 @@ target_compile_definitions(quastel_win32 PRIVATE _WIN32_WINNT=0x0A00 WINVER=0x0A
 target_link_libraries(quastel_win32 PUBLIC ole32 shell32 uuid)
 quastel_compile_options(quastel_win32)
 
-# The linker exports what the .def file names, so a name whose code is still due is taken out.
+# What the DLL exports.
 set(def_file ${CMAKE_CURRENT_SOURCE_DIR}/frame/quastel_core.def)
-set(due_file ${CMAKE_CURRENT_SOURCE_DIR}/frame/exports_due.txt)
-set(linked_def_file ${CMAKE_CURRENT_BINARY_DIR}/quastel_core.def)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${def_file})
-file(READ ${def_file} def_text)
-if(EXISTS ${due_file})
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${due_file})
-  file(STRINGS ${due_file} due_names REGEX "^qs_")
-  foreach(name IN LISTS due_names)
-    string(REGEX REPLACE "\n  ${name}\n" "\n" def_text "${def_text}")
-  endforeach()
-endif()
-file(CONFIGURE OUTPUT ${linked_def_file} CONTENT "${def_text}" @ONLY)
 
 configure_file(frame/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/version.rc @ONLY)
 
 add_library(quastel_core SHARED
-  ${QUASTEL_SOURCES} ${linked_def_file} ${CMAKE_CURRENT_BINARY_DIR}/version.rc)
-set_target_properties(quastel_core PROPERTIES LINK_DEPENDS ${linked_def_file})
+  ${QUASTEL_SOURCES} ${def_file} ${CMAKE_CURRENT_BINARY_DIR}/version.rc)
+set_target_properties(quastel_core PROPERTIES LINK_DEPENDS ${def_file})
 if(MINGW)
   # quastel_core.dll with libquastel_core.dll.a: the names that both tool families look for.
   set_target_properties(quastel_core PROPERTIES PREFIX "")

@@ -82,6 +82,15 @@ install_for_host() {
   fi
 }
 
+# What the tests of the bindings for other languages need besides. npm fetches what they run; see
+# scripts/fetch_packages.py.
+install_for_bindings() {
+  want_command npm npm
+  want_command mcs mono-mcs
+  want_command mono mono-runtime
+  install_missing
+}
+
 # build_preset PRESET [TARGET...]: configures once, then builds; all targets when none is named.
 build_preset() {
   local preset=$1 tree=$quastel_root/build/$1

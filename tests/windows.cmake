@@ -70,6 +70,9 @@ add_test(NAME abi_dll
   COMMAND Python3::Interpreter ${abi}/check_dll.py --root ${PROJECT_SOURCE_DIR}
     --dll $<TARGET_FILE:quastel_core> --version ${PROJECT_VERSION} ${client_option})
 
+include(abi/interface_tests.cmake)
+include(callers/tests.cmake)
+
 if(MINGW)
   add_test(NAME hash_code_windows
     COMMAND Python3::Interpreter ${abi}/check_hash_code.py

@@ -62,7 +62,7 @@ function(quastel_host_test name)
 endfunction()
 
 # Each room lists its own tests.
-foreach(room base frame fs scan duplicate junk rules simulated_windows contract faults abi)
+foreach(room base frame fs scan duplicate junk clean session rules simulated_windows contract faults fuzz abi stress)
   if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${room}/host_tests.cmake)
     include(${room}/host_tests.cmake)
   endif()

@@ -34,6 +34,7 @@ quastel_windows_test(dll_tests
   dll/real_tree.cpp
   dll/scan_handle.cpp
   dll/scan_threads_test.cpp
+  dll/session_test.cpp
   dll/short_threads_test.cpp
   dll/version_test.cpp
 )

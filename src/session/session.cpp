@@ -30,6 +30,11 @@ bool CancelControl::End() {
   return was_cancelled;
 }
 
+void CancelControl::Abandon() noexcept {
+  active_ = false;
+  flag_.Clear();
+}
+
 void CancelControl::Cancel() {
   const MutexLock lock(mutex_);
   if (active_) {

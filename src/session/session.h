@@ -53,14 +53,17 @@ class CancelControl {
   // Whether a cancel was waiting; a later one does nothing.
   bool End() QS_EXCLUDES(mutex_);
 
+  // The end after a failure, which may have been that of the mutex.
+  void Abandon() noexcept;
+
   void Cancel() QS_EXCLUDES(mutex_);
 
   CancelFlag& flag() { return flag_; }
 
  private:
   Mutex mutex_;
-  CancelFlag flag_;  // set under the mutex, read without
-  bool active_ QS_GUARDED_BY(mutex_) = false;
+  CancelFlag flag_;                  // set under the mutex, read without
+  std::atomic<bool> active_{false};  // written under the mutex, but for a failure
 };
 
 class Session {
@@ -101,7 +104,8 @@ class Session {
   bool IsRunning() const;
   void BeginScan(SessionMode mode) QS_EXCLUDES(rows_mutex_, path_mutex_);
   qs_status RunScan(const Char* root);
-  qs_status FinishScan(qs_status status) QS_EXCLUDES(rows_mutex_);
+  qs_status FinishScan(qs_status status);
+  void FailScan() noexcept;
   static void OnFile(void* session, const Char* path, std::uint64_t size, std::uint64_t last_write,
                      const Char* name);
   void AddFile(const Char* path, std::uint64_t size, std::uint64_t last_write, const Char* name)
@@ -112,6 +116,7 @@ class Session {
   void BeginClean(std::uint64_t requested);
   qs_status CleanItems(const std::vector<WorkItem>& items) QS_EXCLUDES(rows_mutex_);
   qs_status FinishClean(qs_status status);
+  void FailClean() noexcept;
 
   BusyFlag busy_;
   SessionMode mode_ = SessionMode::kAllFiles;  // whoever holds the busy flag
@@ -119,13 +124,13 @@ class Session {
   Mutex rows_mutex_;
   // A deque: a growing vector would move every row while the readers wait.
   std::deque<SessionRow> rows_ QS_GUARDED_BY(rows_mutex_);
-  qs_status scan_status_ QS_GUARDED_BY(rows_mutex_) = QS_OK;
 
   Mutex path_mutex_;
   Text current_path_ QS_GUARDED_BY(path_mutex_);
 
   CancelControl scan_control_;
   std::atomic<SessionState> scan_state_{SessionState::kIdle};
+  std::atomic<qs_status> scan_status_{QS_OK};
   std::atomic<std::uint64_t> files_visited_{0};
   std::atomic<std::uint64_t> bytes_visited_{0};
 

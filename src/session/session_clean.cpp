@@ -21,17 +21,20 @@ qs_status Session::StartClean(const std::uint64_t* indexes, std::uint64_t count)
   if (clean_state_ == SessionState::kRunning) {
     return QS_BUSY;
   }
-  std::vector<WorkItem> items;
-  const qs_status listed = StatusBoundary([&] { return ListItems(indexes, count, items); });
-  if (listed == QS_FAILED) {
-    return FinishClean(QS_FAILED);
+  const qs_status status = StatusBoundary([&]() -> qs_status {
+    std::vector<WorkItem> items;
+    const qs_status refusal = ListItems(indexes, count, items);
+    if (refusal != QS_OK) {
+      return refusal;
+    }
+    BeginClean(items.size());
+    return FinishClean(CleanItems(items));
+  });
+  // No refusal has this status.
+  if (status == QS_FAILED) {
+    FailClean();
   }
-  if (listed != QS_OK) {
-    return listed;
-  }
-  BeginClean(items.size());
-  // From here on a clean is running, and whatever happens has to finish it.
-  return FinishClean(StatusBoundary([&] { return CleanItems(items); }));
+  return status;
 }
 
 qs_status Session::ListItems(const std::uint64_t* indexes, std::uint64_t count,
@@ -86,11 +89,18 @@ qs_status Session::FinishClean(qs_status status) {
   if (was_cancelled && status != QS_FAILED) {
     status = QS_CANCELLED;
   }
-  clean_status_ = status;
-  clean_state_ = status == QS_OK          ? SessionState::kDone
-                 : status == QS_CANCELLED ? SessionState::kCancelled
-                                          : SessionState::kFailed;
+  if (status != QS_FAILED) {
+    clean_status_ = status;
+    clean_state_ = status == QS_OK ? SessionState::kDone : SessionState::kCancelled;
+  }
   return status;
+}
+
+// Takes no lock, as FailScan.
+void Session::FailClean() noexcept {
+  clean_control_.Abandon();
+  clean_status_ = QS_FAILED;
+  clean_state_ = SessionState::kFailed;
 }
 
 void Session::PollClean(qs_session_clean_status& status) const {

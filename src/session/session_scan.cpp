@@ -23,9 +23,14 @@ qs_status Session::StartScan(const Char* root, SessionMode mode) {
   if (IsRunning()) {
     return QS_BUSY;
   }
-  BeginScan(mode);
-  // From here on a scan is running, and whatever happens has to finish it.
-  return FinishScan(StatusBoundary([&] { return RunScan(root); }));
+  const qs_status status = StatusBoundary([&] {
+    BeginScan(mode);
+    return FinishScan(RunScan(root));
+  });
+  if (status == QS_FAILED) {
+    FailScan();
+  }
+  return status;
 }
 
 void Session::BeginScan(SessionMode mode) {
@@ -34,12 +39,12 @@ void Session::BeginScan(SessionMode mode) {
   {
     const MutexLock lock(rows_mutex_);
     rows_.swap(old_rows);
-    scan_status_ = QS_OK;
   }
   {
     const MutexLock lock(path_mutex_);
     current_path_.clear();
   }
+  scan_status_ = QS_OK;
   files_visited_ = 0;
   bytes_visited_ = 0;
   // In this order: who sees a running scan can cancel it.
@@ -58,17 +63,20 @@ qs_status Session::RunScan(const Char* root) {
 }
 
 qs_status Session::FinishScan(qs_status status) {
-  const bool was_cancelled = scan_control_.End();
-  // A failure is told even if a cancel came as well: rows may be missing for another reason.
-  if (was_cancelled && status != QS_FAILED) {
+  if (scan_control_.End()) {
     status = QS_CANCELLED;
   }
-  const MutexLock lock(rows_mutex_);
   scan_status_ = status;
-  scan_state_ = status == QS_OK          ? SessionState::kDone
-                : status == QS_CANCELLED ? SessionState::kCancelled
-                                         : SessionState::kFailed;
+  scan_state_ = status == QS_OK ? SessionState::kDone : SessionState::kCancelled;
   return status;
+}
+
+// Takes no lock: one that failed may be why the scan did. Without an end the session could never be
+// used or freed again.
+void Session::FailScan() noexcept {
+  scan_control_.Abandon();
+  scan_status_ = QS_FAILED;
+  scan_state_ = SessionState::kFailed;
 }
 
 // What it throws passes through the walk and fails the scan.

@@ -29,8 +29,11 @@ quastel_windows_test(dll_tests
   dll/enumeration_test.cpp
   dll/filters_test.cpp
   dll/hash_test.cpp
+  dll/junk_scan_test.cpp
   dll/large_file_scan_test.cpp
   dll/paths_test.cpp
+  dll/product_clean_model_test.cpp
+  dll/product_clean_test.cpp
   dll/real_tree.cpp
   dll/scan_handle.cpp
   dll/scan_threads_test.cpp

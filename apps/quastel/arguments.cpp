@@ -3,10 +3,15 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
+#include "clean_command.h"
 #include "duplicates_command.h"
+#include "empty_command.h"
 #include "hash_command.h"
+#include "junk_command.h"
 #include "large_command.h"
+#include "list_command.h"
 #include "nearest_word.h"
+#include "rules_command.h"
 #include "text.h"
 #include "user_error.h"
 #include "version_command.h"
@@ -19,6 +24,10 @@ constexpr const char* kFooter =
     "  quastel large D:\\ --top 20\n"
     "  quastel large C:\\Users --json > large.json\n"
     "  quastel duplicates D:\\photos E:\\photos --min-size 1M\n"
+    "  quastel junk --category \"Temporary files\" --top 20\n"
+    "  quastel empty C:\\Users\n"
+    "  quastel duplicates D:\\photos --clean --recycle --keep oldest --dry-run\n"
+    "  quastel clean --from large.json --permanent\n"
     "\n"
     "Exit codes: 0 done, 1 error, 2 usage, 3 done but some rows failed, 5 cancelled.";
 
@@ -40,10 +49,23 @@ std::vector<std::string> OptionNames(const CLI::App& app) {
   return names;
 }
 
-std::string HelpHint(const CLI::App& app) {
-  const std::vector<CLI::App*> called = app.get_subcommands();
-  return called.empty() ? "see quastel --help"
-                        : "see quastel " + called.front()->get_name() + " --help";
+// The command that was called, or the one in it.
+const CLI::App& InnermostCommand(const CLI::App& app) {
+  const CLI::App* innermost = &app;
+  while (!innermost->get_subcommands().empty()) {
+    innermost = innermost->get_subcommands().front();
+  }
+  return *innermost;
+}
+
+// "quastel rules check"
+std::string FullName(const CLI::App& app) {
+  const CLI::App* parent = app.get_parent();
+  return parent == nullptr ? app.get_name() : FullName(*parent) + " " + app.get_name();
+}
+
+std::string HelpHint(const CLI::App& command) {
+  return "see " + FullName(command) + " --help";
 }
 
 std::string NearestHint(const std::string& word, const std::vector<std::string>& candidates,
@@ -52,25 +74,30 @@ std::string NearestHint(const std::string& word, const std::vector<std::string>&
   return nearest.empty() ? otherwise : "did you mean " + nearest + "?";
 }
 
+[[noreturn]] void ThrowUnknownCommand(const CLI::App& scope, const std::string& word) {
+  throw UserError(ExitCode::kUsage, "there is no command \"" + word + "\"",
+                  NearestHint(word, CommandNames(scope), HelpHint(scope)));
+}
+
 // The parser would take the unknown command for an argument too many.
 void CheckCommand(const CLI::App& app, const std::string& word) {
   const std::vector<std::string> names = CommandNames(app);
-  if (word.starts_with("-") || std::find(names.begin(), names.end(), word) != names.end()) {
-    return;
+  if (!word.starts_with("-") && std::find(names.begin(), names.end(), word) == names.end()) {
+    ThrowUnknownCommand(app, word);
   }
-  throw UserError(ExitCode::kUsage, "there is no command \"" + word + "\"",
-                  NearestHint(word, names, "see quastel --help"));
 }
 
 [[noreturn]] void ThrowUsageError(const CLI::App& app, const CLI::ParseError& error) {
   const std::vector<std::string> unknown = app.remaining(true);
-  const std::vector<CLI::App*> called = app.get_subcommands();
+  const CLI::App& command = InnermostCommand(app);
   if (!unknown.empty() && unknown.front().starts_with("-")) {
-    const CLI::App& scope = called.empty() ? app : *called.front();
     throw UserError(ExitCode::kUsage, "there is no option \"" + unknown.front() + "\"",
-                    NearestHint(unknown.front(), OptionNames(scope), HelpHint(app)));
+                    NearestHint(unknown.front(), OptionNames(command), HelpHint(command)));
   }
-  throw UserError(ExitCode::kUsage, error.what(), HelpHint(app));
+  if (!unknown.empty() && !CommandNames(command).empty()) {
+    ThrowUnknownCommand(command, unknown.front());
+  }
+  throw UserError(ExitCode::kUsage, error.what(), HelpHint(command));
 }
 
 Action PrintText(std::string text) {
@@ -108,7 +135,12 @@ Action ParseArguments(const std::vector<std::wstring>& arguments) {
   app.footer(kFooter);
   AddLargeCommand(app, action);
   AddDuplicatesCommand(app, action);
+  AddJunkCommand(app, action);
+  AddEmptyCommand(app, action);
+  AddListCommand(app, action);
+  AddCleanCommand(app, action);
   AddHashCommand(app, action);
+  AddRulesCommand(app, action);
   AddVersionCommand(app, action);
 
   if (arguments.empty()) {

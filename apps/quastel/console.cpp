@@ -10,8 +10,8 @@
 namespace quastel::client {
 namespace {
 
-constexpr std::size_t kFlushAt = 64 * 1024;
-constexpr std::size_t kLongestConsoleWrite = 8 * 1024;
+constexpr std::size_t kFlushAt = std::size_t{64} * 1024;
+constexpr std::size_t kLongestConsoleWrite = std::size_t{8} * 1024;
 constexpr std::size_t kUnknownWidth = 80;
 
 // A printer or the null device is a character device too; only a console has a mode.
@@ -28,7 +28,6 @@ bool IsHighSurrogate(wchar_t unit) {
 
 OutputStream::OutputStream(Which which)
     : handle_(GetStdHandle(which == Which::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE)),
-      is_terminal_(false),
       abandoned_(handle_ == nullptr || handle_ == INVALID_HANDLE_VALUE) {
   is_terminal_ = !abandoned_ && IsConsole(handle_);
 }

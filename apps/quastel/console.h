@@ -40,7 +40,7 @@ class OutputStream {
   void Fail(unsigned long error);
 
   void* handle_;
-  bool is_terminal_;
+  bool is_terminal_ = false;
   bool abandoned_;
   std::string pending_;
 };

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "byte_size.h"
+#include "clean_options.h"
 #include "duplicate_report.h"
 #include "duplicate_stage.h"
 #include "duplicate_table.h"
@@ -36,7 +37,7 @@ void AddDuplicatesCommand(CLI::App& app, Action& action) {
       app.add_subcommand("duplicates", "List the groups of files that have the same content");
   const auto options = std::make_shared<ScanOptionParser>(
       *command,
-      SortWords{{SortKey::kReclaimable, SortKey::kSize, SortKey::kCount, SortKey::kPath},
+      ScanWords{{SortKey::kReclaimable, SortKey::kSize, SortKey::kCount, SortKey::kPath},
                 "reclaimable (most space first), size (largest file first), count (most copies "
                 "first) or path",
                 "groups"});
@@ -47,8 +48,10 @@ void AddDuplicatesCommand(CLI::App& app, Action& action) {
                    "the same")
       ->type_name("SIZE")
       ->check(CLI::Validator(CheckSize, ""));
-  command->callback([options, min_size, &action] {
+  const auto clean = std::make_shared<CleanOptionParser>(*command, CleanSubject::kDuplicates);
+  command->callback([options, min_size, clean, &action] {
     ScanOptions read = options->Read();
+    read.clean = clean->Read();
     if (!min_size->empty()) {
       read.min_size = ParseByteSize(*min_size);
     }

@@ -8,6 +8,7 @@ namespace quastel::client {
 namespace {
 
 // The system calls the handler on a thread of its own and gives it no context.
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables)
 std::atomic<bool> interrupted{false};
 
 BOOL WINAPI OnConsoleEvent(DWORD event) {
@@ -28,6 +29,7 @@ InterruptGuard::~InterruptGuard() {
   SetConsoleCtrlHandler(OnConsoleEvent, FALSE);
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): asked of a guard that lives
 bool InterruptGuard::Requested() const {
   return interrupted;
 }

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "clean_options.h"
 #include "large_report.h"
 #include "large_table.h"
 #include "scan_command.h"
@@ -31,12 +32,15 @@ ExitCode RunLarge(const ScanOptions& options, Console& console) {
 void AddLargeCommand(CLI::App& app, Action& action) {
   CLI::App* command = app.add_subcommand("large", "List the files above 10 MiB, by category");
   const auto options = std::make_shared<ScanOptionParser>(
-      *command, SortWords{{SortKey::kSize, SortKey::kPath, SortKey::kModified, SortKey::kCategory,
+      *command, ScanWords{{SortKey::kSize, SortKey::kPath, SortKey::kModified, SortKey::kCategory,
                            SortKey::kName},
                           "size (largest first), modified (newest first), path, category or name",
                           "rows"});
-  command->callback([options, &action] {
-    action = [read = options->Read()](Console& console) { return RunLarge(read, console); };
+  const auto clean = std::make_shared<CleanOptionParser>(*command, CleanSubject::kFiles);
+  command->callback([options, clean, &action] {
+    ScanOptions read = options->Read();
+    read.clean = clean->Read();
+    action = [read](Console& console) { return RunLarge(read, console); };
   });
 }
 

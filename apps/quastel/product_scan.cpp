@@ -60,8 +60,11 @@ void ProductScan::Start(ScanRequest request) {
     native.root_count = roots.size();
     native.user_home = request_.UserHome();
     if (request_.protection) {
-      native.protect_system = 1;
+      native.protect_system = request_.kind != QS_SCAN_KIND_JUNK_RULES ? 1 : 0;
       native.system_root = request_.protection->system_root.c_str();
+    }
+    if (!request_.rules_path.empty()) {
+      native.rules_path = request_.rules_path.c_str();
     }
     return qs_product_scan_start(handle_, &native);
   });

@@ -17,9 +17,11 @@ namespace quastel::client {
 struct ScanRequest {
   std::uint32_t kind = QS_SCAN_KIND_LARGE_FILES;
   std::vector<std::wstring> roots;  // absolute
+  // For a junk scan these are what the placeholders of the rules stand for, and protect nothing.
   std::optional<ProtectedFolders> protection;
   // The profile that keeps the hash cache where `protection` names none; empty for no cache.
   std::wstring cache_profile;
+  std::wstring rules_path;  // absolute; junk only
 
   // What the library is given as the user's profile; null when it is given none.
   const wchar_t* UserHome() const;
@@ -30,7 +32,10 @@ struct ScanRow {
   std::wstring name;
   std::wstring title;
   std::wstring location;
-  std::wstring group_key;  // duplicates only
+  std::wstring group_key;    // duplicates only
+  std::wstring category;     // junk only: the words of the outermost category
+  std::wstring rule_folder;  // junk only: that of its group; empty for a category's own files
+  std::uint64_t parent_group_id = 0;
   qs_product_scan_row numbers = {};
 };
 

@@ -23,8 +23,9 @@ std::size_t LineCells(std::size_t width) {
 
 std::wstring LineText(const Progress& progress, std::size_t cells) {
   std::wstring line =
-      FromUtf8(progress.stage + "  " + Counted(progress.files, "file", "files") + "  " +
-               HumanSize(progress.bytes) + "  " + HumanDuration(progress.elapsed_us));
+      FromUtf8(progress.stage + "  " + Counted(progress.files, progress.singular, progress.plural) +
+               "  " + (progress.sizes ? HumanSize(progress.bytes) + "  " : std::string()) +
+               HumanDuration(progress.elapsed_us));
   const std::size_t used = CellWidth(line) + 2;
   if (!progress.path.empty() && used + kShortestPath <= cells) {
     const std::wstring path = Printable(WithoutExtendedPrefix(TidyPath(progress.path)));

@@ -18,6 +18,10 @@ struct Progress {
   std::uint64_t bytes = 0;
   std::uint64_t elapsed_us = 0;
   std::wstring path;
+  // What `files` counts, and whether `bytes` is shown.
+  const char* singular = "file";
+  const char* plural = "files";
+  bool sizes = true;
 };
 
 // One line on standard error that is drawn over itself, by carriage returns and spaces alone. Where

@@ -25,13 +25,13 @@ std::wstring Variable(const wchar_t* name) {
   }
 }
 
-std::wstring RequiredVariable(const wchar_t* name) {
+std::wstring RequiredVariable(const wchar_t* name, const std::string& consequence,
+                              const std::string& hint) {
   std::wstring value = Variable(name);
   if (value.empty()) {
     throw UserError(ExitCode::kError,
-                    "the environment variable " + ToUtf8(name) +
-                        " is not set, so the system's protected folders are not known",
-                    "set it, or scan without protection by --no-protect");
+                    "the environment variable " + ToUtf8(name) + " is not set, " + consequence,
+                    hint);
   }
   return value;
 }
@@ -39,13 +39,27 @@ std::wstring RequiredVariable(const wchar_t* name) {
 }  // namespace
 
 ProtectedFolders ProtectedFoldersFromEnvironment() {
+  constexpr const char* kConsequence = "so the system's protected folders are not known";
+  constexpr const char* kHint = "set it, or scan without protection by --no-protect";
   ProtectedFolders folders;
-  folders.system_root = RequiredVariable(L"SystemDrive");
-  if (!IsSeparator(folders.system_root.back())) {
-    folders.system_root.push_back(L'\\');
-  }
-  folders.user_home = RequiredVariable(kProfile);
+  folders.system_root = RequiredSystemRoot(kConsequence, kHint);
+  folders.user_home = RequiredProfile(kConsequence, kHint);
   return folders;
+}
+
+std::wstring RequiredSystemRoot(const std::string& consequence, const std::string& hint) {
+  return WithSeparator(RequiredVariable(L"SystemDrive", consequence, hint));
+}
+
+std::wstring RequiredProfile(const std::string& consequence, const std::string& hint) {
+  return RequiredVariable(kProfile, consequence, hint);
+}
+
+std::wstring WithSeparator(std::wstring folder) {
+  if (folder.empty() || !IsSeparator(folder.back())) {
+    folder.push_back(L'\\');
+  }
+  return folder;
 }
 
 std::wstring ProfileFromEnvironment() {

@@ -15,6 +15,13 @@ struct ProtectedFolders {
 // the real system unprotected.
 ProtectedFolders ProtectedFoldersFromEnvironment();
 
+// %SystemDrive% with its separator, and %USERPROFILE%. They throw UserError when the variable is
+// not set, whose message reads on with `consequence`.
+std::wstring RequiredSystemRoot(const std::string& consequence, const std::string& hint);
+std::wstring RequiredProfile(const std::string& consequence, const std::string& hint);
+
+std::wstring WithSeparator(std::wstring folder);
+
 // %USERPROFILE%; empty when it is not set.
 std::wstring ProfileFromEnvironment();
 

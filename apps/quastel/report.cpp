@@ -17,6 +17,9 @@ void ReadRows(const ProductScan& scan, Report& report) {
     ScanRow& row = report.rows[static_cast<std::size_t>(i)];
     reader.Read(i, row);
     row.path = TidyPath(row.path);
+    if (report.request.kind == QS_SCAN_KIND_JUNK_RULES) {
+      row.parent_group_id = scan.ParentGroupId(i);
+    }
   }
 }
 

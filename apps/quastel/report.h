@@ -20,6 +20,17 @@ struct ReportGroup {
   std::uint64_t bytes = 0;
   std::uint64_t file_size = 0;  // of the last file; duplicates all have the same
 
+  // Junk only, where groups lie in groups and count what is in those below them too.
+  std::uint64_t parent_id = 0;
+  std::size_t depth = 0;        // 0 for a category in no other one
+  std::wstring path;            // of a folder's group
+  std::uint64_t own_count = 0;  // of the files that are in no group below
+  std::uint64_t own_bytes = 0;
+  std::wstring own_location;  // their folder; empty when there are several
+  std::uint64_t selected_count = 0;
+  std::uint64_t selected_bytes = 0;
+  bool IsCategory() const { return path.empty(); }
+
   // What removing all but one of the files would free, when they are copies of each other.
   std::uint64_t Reclaimable() const { return bytes - file_size; }
 };

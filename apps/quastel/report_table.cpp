@@ -17,10 +17,14 @@ void WriteTable(const Report& report, const TableParts& parts, OutputStream& out
   out.Write(Counted(report.counters.files_visited, "file", "files") + " seen (" +
             HumanSize(report.counters.bytes_visited) + ") in " +
             HumanDuration(report.performance.elapsed_us) + ".\n");
-  if (report.Cancelled()) {
+  WriteEarlyEnd(report.status, out);
+}
+
+void WriteEarlyEnd(qs_status status, OutputStream& out) {
+  if (status == QS_CANCELLED) {
     out.Write("The scan was cancelled: this is what it had found until then.\n");
-  } else if (report.status != QS_OK) {
-    out.Write(std::string("The scan ended early: ") + StatusSentence(report.status) +
+  } else if (status != QS_OK) {
+    out.Write(std::string("The scan ended early: ") + StatusSentence(status) +
               ". This is what it had found until then.\n");
   }
 }

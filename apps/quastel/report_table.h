@@ -20,6 +20,8 @@ struct TableParts {
 void WriteTable(const Report& report, const TableParts& parts, OutputStream& out);
 
 // For the commands' own parts.
+// The last line of a scan that did not get to its end.
+void WriteEarlyEnd(qs_status status, OutputStream& out);
 std::string ShownPath(const std::wstring& path);
 // Says how much is left out, if anything is: "Showing 3 of 5 rows."
 void WriteShownCount(std::size_t listed, std::size_t all, std::string_view things,

@@ -1,5 +1,10 @@
 #include "scan_command.h"
 
+#include <windows.h>
+
+#include <utility>
+
+#include "clean.h"
 #include "interrupt.h"
 #include "messages.h"
 #include "path_text.h"
@@ -9,21 +14,10 @@
 #include "scan_roots.h"
 #include "status_text.h"
 #include "time_text.h"
+#include "user_error.h"
 
 namespace quastel::client {
 namespace {
-
-// The library skips such a root without a word, and an empty report would look like good news.
-void TellProtectedRoots(const ScanRequest& request, Console& console) {
-  for (const std::wstring& root : request.roots) {
-    if (qs_is_in_whitelist(root.c_str(), request.protection->system_root.c_str(),
-                           request.protection->user_home.c_str()) != 0) {
-      PrintNote(
-          console,
-          Quoted(root) + " is protected: nothing below it is scanned; use --no-protect to scan it");
-    }
-  }
-}
 
 ExitCode ExitCodeOf(qs_status status) {
   if (status == QS_OK) {
@@ -32,15 +26,32 @@ ExitCode ExitCodeOf(qs_status status) {
   return status == QS_CANCELLED ? ExitCode::kCancelled : ExitCode::kError;
 }
 
-ScanRequest MakeRequest(std::uint32_t kind, const ScanOptions& options, Console& console) {
+// A scan of duplicates writes its cache below the profile that it is given, unless that is
+// relative, and a dry run must not write anything. The protected folders come out the same.
+void NameProfileRelatively(ScanRequest& request) {
+  request.cache_profile.clear();
+  if (!request.protection) {
+    return;
+  }
+  if (SetCurrentDirectoryW(request.protection->user_home.c_str()) == FALSE) {
+    throw UserError(ExitCode::kError,
+                    Quoted(request.protection->user_home) + ", the profile, cannot be entered",
+                    "set %USERPROFILE% to a folder that is there, or add --no-protect");
+  }
+  request.protection->user_home = L".";
+}
+
+ScanRequest RootRequest(std::uint32_t kind, const ScanOptions& options, Console& console) {
   ScanRequest request;
-  request.kind = kind;
   request.roots = ResolveRoots(options.roots);
   if (options.protect) {
     request.protection = ProtectedFoldersFromEnvironment();
-    TellProtectedRoots(request, console);
+    TellProtectedRoots(request.roots, *request.protection, console);
   } else if (kind == QS_SCAN_KIND_DUPLICATES) {
     request.cache_profile = ProfileFromEnvironment();
+  }
+  if (kind == QS_SCAN_KIND_DUPLICATES && options.clean && options.clean->dry_run) {
+    NameProfileRelatively(request);
   }
   return request;
 }
@@ -52,7 +63,9 @@ Report Scan(const ScanCommand& command, const ScanOptions& options, Console& con
   Report report;
   report.command = command.name;
   report.options = options;
-  report.request = MakeRequest(command.kind, options, console);
+  report.request = command.request != nullptr ? command.request(options)
+                                              : RootRequest(command.kind, options, console);
+  report.request.kind = command.kind;
   ProductScan scan;
   report.start_time = UtcNowIsoText();
   report.status = RunScan(scan, report.request, command.stage, interrupt, console);
@@ -60,23 +73,74 @@ Report Scan(const ScanCommand& command, const ScanOptions& options, Console& con
   return report;
 }
 
+// The rows that are listed, in their order.
+CleanRequest WhatToClean(const Report& report) {
+  CleanRequest request;
+  request.source = report.command;
+  request.json = report.options.json;
+  for (std::size_t i = 0; i < report.listed; ++i) {
+    const ScanRow& row = report.rows[i];
+    CleanFile file;
+    file.item_id = row.numbers.item_id;
+    file.group_id = row.numbers.group_id;
+    file.path = row.path;
+    file.size = row.numbers.size;
+    file.modified = row.numbers.modified;
+    file.selected = report.request.kind != QS_SCAN_KIND_JUNK_RULES || row.numbers.preselect != 0;
+    file.rule_folder = row.rule_folder;
+    request.files.push_back(std::move(file));
+  }
+  return request;
+}
+
+ExitCode CleanFindings(const Report& report, Console& console) {
+  if (report.status != QS_OK) {
+    throw UserError(
+        ExitCodeOf(report.status),
+        std::string("nothing was touched: the scan ended early: ") + StatusSentence(report.status));
+  }
+  return RunClean(WhatToClean(report), *report.options.clean, console);
+}
+
 }  // namespace
 
 ExitCode RunScanCommand(const ScanCommand& command, const ScanOptions& options, Console& console) {
   Report report = Scan(command, options, console);
+  if (ExitCodeOf(report.status) == ExitCode::kError && command.explain_failure != nullptr) {
+    command.explain_failure(report);
+  }
   command.arrange(report);
+  if (options.clean) {
+    return CleanFindings(report, console);
+  }
   if (options.json) {
     WriteJson(report, console.out);
   } else {
     WriteTable(report, command.table, console.out);
   }
+  return EndReport(report.status, options.json, console);
+}
+
+void TellProtectedRoots(const std::vector<std::wstring>& roots, const ProtectedFolders& folders,
+                        Console& console) {
+  for (const std::wstring& root : roots) {
+    if (qs_is_in_whitelist(root.c_str(), folders.system_root.c_str(), folders.user_home.c_str()) !=
+        0) {
+      PrintNote(
+          console,
+          Quoted(root) + " is protected: nothing below it is scanned; use --no-protect to scan it");
+    }
+  }
+}
+
+ExitCode EndReport(qs_status status, bool json, Console& console) {
   console.out.Flush();
-  if (report.Cancelled() && options.json) {
+  if (status == QS_CANCELLED && json) {
     PrintNote(console, "cancelled; the report holds what was found until then");
   }
-  const ExitCode code = ExitCodeOf(report.status);
+  const ExitCode code = ExitCodeOf(status);
   if (code == ExitCode::kError) {
-    PrintError(console, std::string("the scan ended early: ") + StatusSentence(report.status), "");
+    PrintError(console, std::string("the scan ended early: ") + StatusSentence(status), "");
   }
   return code;
 }

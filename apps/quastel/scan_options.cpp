@@ -35,13 +35,14 @@ std::string CheckCount(const std::string& text, const std::string& things) {
 
 }  // namespace
 
-ScanOptionParser::ScanOptionParser(CLI::App& command, const SortWords& words)
-    : sort_(SortKeyName(words.keys.front())) {
-  command
-      .add_option("ROOT", roots_,
-                  "Folders to scan, with all below them; junctions and links are not entered")
-      ->type_name("")
-      ->required();
+ScanOptionParser::ScanOptionParser(CLI::App& command, const ScanWords& words) {
+  if (words.takes_roots) {
+    command
+        .add_option("ROOT", roots_,
+                    "Folders to scan, with all below them; junctions and links are not entered")
+        ->type_name("")
+        ->required();
+  }
   command.add_flag("--json", json_, "Write one JSON object instead of a table");
   const auto check = [things = words.things](const std::string& text) {
     return CheckCount(text, things);
@@ -50,12 +51,17 @@ ScanOptionParser::ScanOptionParser(CLI::App& command, const SortWords& words)
       command.add_option("--top", top_, "List only the first N " + words.things + " after sorting")
           ->type_name("N")
           ->check(CLI::Validator(check, ""));
-  command.add_option("--sort", sort_, "Order of the " + words.things + ": " + words.help)
-      ->type_name("KEY")
-      ->check(CLI::IsMember(SortKeyNames(words.keys)).description(""))
-      ->capture_default_str();
-  command.add_flag("--no-protect", no_protect_,
-                   "Scan the system's folders and the profile's AppData too");
+  if (!words.keys.empty()) {
+    sort_ = SortKeyName(words.keys.front());
+    command.add_option("--sort", sort_, "Order of the " + words.things + ": " + words.help)
+        ->type_name("KEY")
+        ->check(CLI::IsMember(SortKeyNames(words.keys)).description(""))
+        ->capture_default_str();
+  }
+  if (words.takes_roots && words.protects) {
+    command.add_flag("--no-protect", no_protect_,
+                     "Scan the system's folders and the profile's AppData too");
+  }
 }
 
 ScanOptions ScanOptionParser::Read() const {

@@ -7,9 +7,20 @@
 #include <string>
 #include <vector>
 
+#include "clean_options.h"
+#include "rule_folders.h"
+
 namespace quastel::client {
 
 enum class SortKey { kSize, kPath, kModified, kCategory, kName, kReclaimable, kCount };
+
+// What the junk scan may be told besides, as typed; empty where it was not.
+struct JunkOptions {
+  std::string rules;
+  std::string category;
+  RuleFolderOptions folders;
+  bool list_files = false;
+};
 
 // What a scan command may be told.
 struct ScanOptions {
@@ -18,21 +29,25 @@ struct ScanOptions {
   bool protect = true;
   std::optional<std::uint64_t> top;
   std::optional<std::uint64_t> min_size;  // duplicates only
+  JunkOptions junk;                       // junk only
   SortKey sort = SortKey::kSize;
+  std::optional<CleanOptions> clean;  // what to do with what was found, if anything
 };
 
-// How a command sorts and what --top counts.
-struct SortWords {
-  std::vector<SortKey> keys;  // the first one is the default
+// How a command sorts, what --top counts, and whether it is told where to scan.
+struct ScanWords {
+  std::vector<SortKey> keys;  // the first one is the default; none where the order is fixed
   std::string help;           // names the keys
   std::string things;         // "rows"
+  bool takes_roots = true;
+  bool protects = true;       // stays out of the protected folders unless told otherwise
 };
 
 // Lets `command` accept what all scan commands do; it must live until the arguments were parsed and
 // read.
 class ScanOptionParser {
  public:
-  ScanOptionParser(CLI::App& command, const SortWords& words);
+  ScanOptionParser(CLI::App& command, const ScanWords& words);
   ScanOptions Read() const;
 
  private:

@@ -3,23 +3,13 @@
 #include <quastel_core.h>
 #include <windows.h>
 
+#include "full_path.h"
 #include "path_complaint.h"
 #include "path_text.h"
 #include "user_error.h"
 
 namespace quastel::client {
 namespace {
-
-std::wstring FullPath(const std::wstring& path) {
-  const DWORD needed = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
-  std::wstring full(needed, L'\0');
-  const DWORD length = GetFullPathNameW(path.c_str(), needed, full.data(), nullptr);
-  if (length == 0 || length >= needed) {
-    return path;
-  }
-  full.resize(length);
-  return full;
-}
 
 // A drive's root keeps its separator: "Q:" would be the drive's current folder.
 void DropTrailingSeparators(std::wstring& path) {

@@ -14,7 +14,7 @@ namespace quastel {
 inline Text ReplaceAll(TextView text, TextView pattern, TextView replacement) {
   Text result;
   std::size_t position = 0;
-  for (std::size_t found; (found = text.find(pattern, position)) != TextView::npos;
+  for (std::size_t found = 0; (found = text.find(pattern, position)) != TextView::npos;
        position = found + pattern.size()) {
     result.append(text, position, found - position).append(replacement);
   }

@@ -23,6 +23,7 @@ namespace {
 // claims is believed, or allocated for, beyond that.
 class CacheReader {
  public:
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the first read fills the buffer
   CacheReader(const platform::FileHandle& file, std::uint64_t size)
       : file_(file), remaining_(size) {}
 
@@ -74,7 +75,7 @@ class CacheReader {
 
   const platform::FileHandle& file_;
   std::uint64_t remaining_;
-  std::array<unsigned char, 16 * 1024> buffer_;
+  std::array<unsigned char, std::size_t{16} * 1024> buffer_;
   std::size_t position_ = 0;
   std::size_t filled_ = 0;
 };
@@ -129,7 +130,7 @@ bool StillHolds(const CacheEntry& entry, std::uint64_t now) {
 }
 
 bool ReadMagic(CacheReader& reader) {
-  std::array<unsigned char, kCacheMagic.size()> magic;
+  std::array<unsigned char, kCacheMagic.size()> magic = {};
   return reader.Read(magic) && std::equal(magic.begin(), magic.end(), kCacheMagic.begin());
 }
 

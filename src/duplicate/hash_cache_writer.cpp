@@ -53,7 +53,7 @@ class CacheWriter {
   }
 
  private:
-  static constexpr std::size_t kBufferSize = 64 * 1024;
+  static constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
 
   const platform::FileHandle& file_;
   std::vector<unsigned char> buffer_;
@@ -107,7 +107,7 @@ bool MakeFolderOf(const Text& location) {
 // A file that goes away again unless it takes the place of another one.
 class TemporaryFile {
  public:
-  explicit TemporaryFile(const Text& path) : path_(path) {}
+  explicit TemporaryFile(Text path) : path_(std::move(path)) {}
   ~TemporaryFile() {
     if (present_) {
       // Left behind it would do no harm: the next write truncates it.

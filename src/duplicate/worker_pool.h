@@ -48,6 +48,7 @@ StageEnd RunParallel(const ParallelStage& stage, std::size_t threads);
 
 // The same over an array of items. `work` gives an item's result, or nothing when it failed: a
 // failed item keeps its empty result.
+// NOLINTBEGIN(performance-unnecessary-value-param): they are moved, which a template hides
 template <typename Item, typename Work>
 StageEnd RunParallel(std::span<Item> items, std::size_t threads, std::function<bool()> should_stop,
                      Work work, std::function<void(const Text& path)> progress) {
@@ -67,6 +68,7 @@ StageEnd RunParallel(std::span<Item> items, std::size_t threads, std::function<b
       },
       threads);
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 }  // namespace quastel::duplicate
 

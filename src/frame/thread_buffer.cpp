@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::align_val_t kAlignment{32};
 
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): one for the whole process
 constinit std::atomic<std::uint32_t> buffer_slot{platform::kNoFiberSlot};
 
 void FreeBuffer(void* buffer) {

@@ -109,4 +109,8 @@ bool DeleteSnapshotPermanently(const Char* path, const FileSnapshot& snapshot) {
   return MatchesSnapshot(path, snapshot) && DeletePermanently(path);
 }
 
+bool DeleteFound(const Text& path, const FileSnapshot& snapshot) {
+  return !HasDroppedEnding(path) && DeleteSnapshotPermanently(path.c_str(), snapshot);
+}
+
 }  // namespace quastel

@@ -129,6 +129,23 @@ std::optional<Text> ParentDirectoryOf(const Text& path) {
   return resolved;
 }
 
+bool HasDroppedEnding(TextView path) {
+  if (IsExtendedPath(path)) {
+    return false;
+  }
+  for (std::size_t begin = 0; begin < path.size();) {
+    const std::size_t end = NextSeparator(path, begin);
+    const TextView name = path.substr(begin, end - begin);
+    const bool goes_somewhere = name == QS_TEXT(".") || name == QS_TEXT("..");
+    if (!name.empty() && !goes_somewhere &&
+        (name.back() == Char{'.'} || name.back() == Char{' '})) {
+      return true;
+    }
+    begin = end + 1;
+  }
+  return false;
+}
+
 std::size_t RootLength(TextView path) {
   if (StartsWithFolded(path, kExtendedUncPrefix)) {
     return EndOfShare(path, kExtendedUncPrefix.size());

@@ -57,6 +57,10 @@ Text ToComparablePath(const Text& path);
 // the path cannot be resolved.
 std::optional<Text> ParentDirectoryOf(const Text& path);
 
+// Whether a name in the path ends in a dot or a blank, which the system drops when it resolves the
+// path: it leads to another file than the one that is called so. Extended-length paths are exact.
+bool HasDroppedEnding(TextView path);
+
 // The length of the part of an absolute path that is no folder of its own: a drive with its
 // separator, or a server and share with the separator behind them, each with its extended-length
 // prefix. 0 for a path that has no such part.

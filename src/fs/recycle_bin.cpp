@@ -1,6 +1,5 @@
 #include "fs/recycle_bin.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 
@@ -44,30 +43,16 @@ class ComScope {
   const platform::ComResult result_;
 };
 
-// Whether some name in the path ends in a dot or a blank. Without its prefix such a path leads to
-// another file: the one without them.
-bool NeedsExtendedPrefix(TextView path) {
-  for (std::size_t i = 1; i <= path.size(); ++i) {
-    const bool ends_name = i == path.size() || IsSeparator(path[i]);
-    if (ends_name && (path[i - 1] == Char{'.'} || path[i - 1] == Char{' '})) {
-      return true;
-    }
-  }
-  return false;
-}
-
-// The path as the shell's parser takes it, when it does not take extended-length prefixes.
+// The path as the shell's parser takes it, when it does not take extended-length prefixes. Nothing
+// when it would lead to another file.
 std::optional<Text> WithoutExtendedPrefix(TextView path) {
-  if (NeedsExtendedPrefix(path)) {
-    return std::nullopt;
-  }
+  std::optional<Text> plain;
   if (StartsWithFolded(path, kExtendedUncPrefix)) {
-    return Text(kUncPrefix).append(path.substr(kExtendedUncPrefix.size()));
+    plain = Text(kUncPrefix).append(path.substr(kExtendedUncPrefix.size()));
+  } else if (IsExtendedPath(path)) {
+    plain = Text(path.substr(kExtendedPrefix.size()));
   }
-  if (IsExtendedPath(path)) {
-    return Text(path.substr(kExtendedPrefix.size()));
-  }
-  return std::nullopt;
+  return plain && HasDroppedEnding(*plain) ? std::nullopt : plain;
 }
 
 bool ParseShellItem(const Char* path, platform::ShellItem& item) {

@@ -143,8 +143,9 @@ class RuleWalker {
     const Text* const given_name = rule.Find(kDisplayName);
     const Text name = given_name != nullptr ? *given_name : Text(LeafOf(folder));
     const Text* const pattern = rule.Find(QS_TEXT("Pattern"));
-    return ReportGroup(folder, pattern != nullptr ? Text(pattern->c_str()) : Text(), name,
-                       enclosing);
+    // NOLINTNEXTLINE(readability-redundant-string-cstr): only what stands before a NUL
+    const Text files = pattern != nullptr ? Text(pattern->c_str()) : Text();
+    return ReportGroup(folder, files, name, enclosing);
   }
 
   qs_status WalkFolderList(const RuleNode& rule, const Enclosing& enclosing) {
@@ -159,6 +160,7 @@ class RuleWalker {
     const Text* const given_name = rule.Find(kDisplayName);
     const Text* const wanted = rule.Find(QS_TEXT("ContainsPath"));
     for (const Text& folder : folders) {
+      // NOLINTNEXTLINE(readability-redundant-string-cstr): only what stands before a NUL
       if (wanted != nullptr && folder.find(wanted->c_str()) == Text::npos) {
         continue;
       }

@@ -20,6 +20,11 @@ static_assert(sizeof(qs_product_clean_detail) == 56);
 
 constexpr auto kNoRow = std::numeric_limits<std::size_t>::max();
 
+// A file that can stand for its set: present as far as the report knows, and meant by its path.
+bool IsCopy(const StoredRow& row) {
+  return row.deletable && !row.deleted && !HasDroppedEnding(row.path);
+}
+
 constexpr std::uint32_t Number(ScanState state) {
   return static_cast<std::uint32_t>(state);
 }
@@ -116,15 +121,15 @@ bool ProductScan::LeavesNoCopy(const CleanList& list) const {
   for (const std::size_t index : list) {
     left.emplace(rows_[index].group_id, 0);
   }
-  for (const ReportRow& row : rows_) {
-    if (row.kind == RowKind::kDuplicate && row.deletable && !row.deleted) {
+  for (const StoredRow& row : rows_) {
+    if (row.kind == RowKind::kDuplicate && IsCopy(row)) {
       if (const auto group = left.find(row.group_id); group != left.end()) {
         ++group->second;
       }
     }
   }
   for (const std::size_t index : list) {
-    if (--left[rows_[index].group_id] == 0) {
+    if (IsCopy(rows_[index]) && --left[rows_[index].group_id] == 0) {
       return true;
     }
   }
@@ -152,20 +157,19 @@ bool ProductScan::CleanRow(std::size_t index, Text& path) {
   FileSnapshot snapshot;
   {
     const MutexLock lock(mutex_);
-    const ReportRow& row = rows_[index];
+    const StoredRow& row = rows_[index];
     path = row.path;
     snapshot = {row.size, static_cast<std::int64_t>(row.modified)};
   }
   // A failure inside fails this file, like every other reason why it could not be deleted.
-  const bool deleted =
-      PredicateBoundary([&] { return DeleteSnapshotPermanently(path.c_str(), snapshot); }) != 0;
+  const bool deleted = PredicateBoundary([&] { return DeleteFound(path, snapshot); }) != 0;
   const MutexLock lock(mutex_);
   ++clean_.processed;
   if (!deleted) {
     ++clean_.failed;
     return false;
   }
-  rows_[index].deleted = true;
+  rows_.MarkDeleted(index);
   ++clean_.deleted;
   clean_.bytes_freed += static_cast<std::uint64_t>(std::max<std::int64_t>(snapshot.size, 0));
   return true;

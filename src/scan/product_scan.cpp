@@ -47,12 +47,12 @@ qs_status ProductScan::Start(const qs_product_scan_request* request) {
     return refusal;
   }
   {
-    std::deque<ReportRow> old_rows;  // a large report is freed while the readers go on
+    ReportRows old_rows;  // a large report is freed while the readers go on
     const MutexLock lock(mutex_);
     if (IsRunning() || IsCleaning()) {
       return QS_BUSY;
     }
-    rows_.swap(old_rows);
+    std::swap(rows_, old_rows);
     Reset(std::move(copy));
   }
   // From here on a scan is running, and whatever happens has to finish it.
@@ -175,7 +175,7 @@ qs_status ProductScan::CopyRow(std::uint64_t index, const RowTextTargets& texts,
   if (index >= rows_.size()) {
     return QS_NOT_FOUND;
   }
-  const ReportRow& source = rows_[index];
+  const StoredRow& source = rows_[index];
   row = {
       .item_id = source.item_id,
       .group_id = source.group_id,
@@ -202,17 +202,15 @@ qs_status ProductScan::CopyParentGroupId(std::uint64_t index, std::uint64_t& id)
   return QS_OK;
 }
 
-void ProductScan::AppendRow(ReportRow row) {
+void ProductScan::AppendRow(const ReportRow& row) {
   const MutexLock lock(mutex_);
   const bool is_item = row.kind != RowKind::kGroup;
-  row.item_id = is_item ? next_item_id_ : kNoItemId;
-  const std::int64_t size = row.size;
   // Nothing is counted before the row is in: an append that fails leaves the report as it was.
-  rows_.push_back(std::move(row));
+  rows_.Append(row, is_item ? next_item_id_ : kNoItemId);
   if (is_item) {
     ++next_item_id_;
-    if (size > 0) {
-      status_.total_bytes += static_cast<std::uint64_t>(size);
+    if (row.size > 0) {
+      status_.total_bytes += static_cast<std::uint64_t>(row.size);
     }
   }
   status_.item_count = next_item_id_;

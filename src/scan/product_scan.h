@@ -11,7 +11,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <vector>
 
 #include "base/mutex.h"
@@ -19,7 +18,7 @@
 #include "frame/busy_flag.h"
 #include "frame/cancel.h"
 #include "scan/owned_request.h"
-#include "scan/report_row.h"
+#include "scan/report_rows.h"
 #include "scan/scan_runners.h"
 
 namespace quastel {
@@ -88,8 +87,8 @@ class ProductScan {
 
   // ---- What the scan kinds call, on the scan's threads.
 
-  // Takes a finding over; items get the next id, group headers none.
-  void AppendRow(ReportRow row) QS_EXCLUDES(mutex_);
+  // Copies a finding into the report; items get the next id, group headers none.
+  void AppendRow(const ReportRow& row) QS_EXCLUDES(mutex_);
 
   // Counts a file that the scan looks at. Takes the mutex at most every 20 ms.
   void ReportProgress(const Char* path, std::int64_t size) QS_EXCLUDES(mutex_);
@@ -142,8 +141,7 @@ class ProductScan {
   std::atomic<std::uint64_t> next_path_update_ms_{0};
 
   Mutex mutex_;
-  // A deque: a growing vector would move every row while the readers wait.
-  std::deque<ReportRow> rows_ QS_GUARDED_BY(mutex_);
+  ReportRows rows_ QS_GUARDED_BY(mutex_);
   std::uint64_t next_item_id_ QS_GUARDED_BY(mutex_) = 0;
   Text current_path_ QS_GUARDED_BY(mutex_);
   Text current_group_ QS_GUARDED_BY(mutex_);

@@ -72,7 +72,7 @@ qs_status Session::CleanItems(const std::vector<WorkItem>& items) {
     const FileSnapshot snapshot = {static_cast<std::int64_t>(item.size),
                                    static_cast<std::int64_t>(item.modified)};
     // A failure inside fails this file, like every other reason why it could not be deleted.
-    const auto remove = [&] { return DeleteSnapshotPermanently(item.path.c_str(), snapshot); };
+    const auto remove = [&] { return DeleteFound(item.path, snapshot); };
     if (PredicateBoundary(remove) == 0) {
       return QS_FAILED;
     }

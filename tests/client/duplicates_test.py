@@ -129,7 +129,7 @@ class Json(DuplicatesTest):
                 self.assertEqual(row["location"] + "\\" + row["name"], row["path"])
                 self.assertEqual(list(row), [
                     "item_id", "group_id", "path", "name", "location", "group_key", "size",
-                    "modified_ticks", "modified"])
+                    "modified_ticks", "modified_ticks_text", "modified"])
         self.assertEqual(sorted(row["item_id"] for row in report["rows"]),
                          list(range(len(report["rows"]))))
 

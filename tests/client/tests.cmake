@@ -4,38 +4,65 @@ set(client_tests ${CMAKE_CURRENT_LIST_DIR})
 set(client_sources ${PROJECT_SOURCE_DIR}/apps/quastel)
 quastel_windows_test(client_unit_tests
   ${client_tests}/byte_size_test.cpp
+  ${client_tests}/category_words_test.cpp
   ${client_tests}/display_text_test.cpp
   ${client_tests}/duplicate_report_test.cpp
   ${client_tests}/duplicate_stage_test.cpp
+  ${client_tests}/empty_folders_test.cpp
   ${client_tests}/hash_digits_test.cpp
+  ${client_tests}/junk_report_test.cpp
   ${client_tests}/name_order_test.cpp
   ${client_tests}/nearest_word_test.cpp
   ${client_tests}/path_text_test.cpp
   ${client_tests}/report_json_test.cpp
+  ${client_tests}/rule_agreement_test.cpp
+  ${client_tests}/rule_problem_test.cpp
+  ${client_tests}/rule_warnings_test.cpp
   ${client_tests}/text_test.cpp
+  ${client_tests}/text_positions_test.cpp
   ${client_tests}/time_text_test.cpp
   ${client_sources}/byte_size.cpp
+  ${client_sources}/category_words.cpp
   ${client_sources}/console.cpp
   ${client_sources}/display_text.cpp
   ${client_sources}/duplicate_report.cpp
   ${client_sources}/duplicate_stage.cpp
+  ${client_sources}/empty_folders.cpp
+  ${client_sources}/full_path.cpp
   ${client_sources}/hash_digits.cpp
+  ${client_sources}/interrupt.cpp
   ${client_sources}/json_writer.cpp
+  ${client_sources}/junk_report.cpp
   ${client_sources}/name_order.cpp
   ${client_sources}/nearest_word.cpp
+  ${client_sources}/own_walk.cpp
+  ${client_sources}/path_complaint.cpp
   ${client_sources}/path_text.cpp
   ${client_sources}/product_scan.cpp
+  ${client_sources}/progress_line.cpp
+  ${client_sources}/protected_folders.cpp
   ${client_sources}/report.cpp
   ${client_sources}/report_json.cpp
+  ${client_sources}/rule_document.cpp
+  ${client_sources}/rule_folders.cpp
+  ${client_sources}/rule_reader.cpp
+  ${client_sources}/rule_review.cpp
+  ${client_sources}/rule_text.cpp
+  ${client_sources}/rule_vocabulary.cpp
+  ${client_sources}/rule_warnings.cpp
   ${client_sources}/scan_options.cpp
+  ${client_sources}/scan_roots.cpp
   ${client_sources}/status_text.cpp
   ${client_sources}/text.cpp
+  ${client_sources}/text_positions.cpp
   ${client_sources}/time_text.cpp
   ${client_sources}/work_thread.cpp
 )
 target_include_directories(client_unit_tests PRIVATE ${client_sources})
 target_include_directories(client_unit_tests SYSTEM PRIVATE ${CMAKE_BINARY_DIR}/client_headers)
 target_compile_definitions(client_unit_tests PRIVATE
+  QUASTEL_RULES_FOLDER="${PROJECT_SOURCE_DIR}/rules"
+  QUASTEL_RULE_SEEDS="${PROJECT_SOURCE_DIR}/tests/fuzz/corpus/rule_document"
   UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00)
 target_link_libraries(client_unit_tests PRIVATE quastel_core)
 
@@ -44,12 +71,21 @@ if(CMAKE_CROSSCOMPILING)
     COMMAND ${client_tests}/run_tests.sh client_test.py $<TARGET_FILE:quastel>)
   add_test(NAME client_duplicates
     COMMAND ${client_tests}/run_tests.sh duplicates_test.py $<TARGET_FILE:quastel>)
+  add_test(NAME client_clean
+    COMMAND ${client_tests}/run_tests.sh clean_test.py $<TARGET_FILE:quastel>)
   add_test(NAME client_hash
     COMMAND ${client_tests}/run_tests.sh hash_test.py $<TARGET_FILE:quastel>)
+  add_test(NAME client_junk
+    COMMAND ${client_tests}/run_tests.sh junk_test.py $<TARGET_FILE:quastel>)
+  add_test(NAME client_empty
+    COMMAND ${client_tests}/run_tests.sh empty_test.py $<TARGET_FILE:quastel>)
+  add_test(NAME client_rules
+    COMMAND ${client_tests}/run_tests.sh rules_test.py $<TARGET_FILE:quastel>)
   # The hashes against another implementation, over files of thousands of sizes.
   add_test(NAME client_hash_crosscheck
     COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/scripts/crosscheck_hashes.py
       --client $<TARGET_FILE:quastel>)
-  set_tests_properties(client client_duplicates client_hash client_hash_crosscheck
+  set_tests_properties(client client_duplicates client_clean client_hash client_junk client_empty client_rules
+    client_hash_crosscheck
     PROPERTIES TIMEOUT 600 RESOURCE_LOCK wine)
 endif()

@@ -1,0 +1,128 @@
+#include "list_report.h"
+
+#include <algorithm>
+
+#include "display_text.h"
+#include "json_writer.h"
+#include "report_table.h"
+#include "status_text.h"
+#include "text.h"
+#include "time_text.h"
+
+namespace quastel::client {
+namespace {
+
+constexpr std::size_t kIndexColumn = 7;
+constexpr std::size_t kSizeColumn = 10;
+constexpr std::size_t kTimeColumn = 16;
+
+std::size_t ListedRows(const ListReport& report) {
+  const std::size_t count = report.rows.size();
+  return report.options.top && *report.options.top < count
+             ? static_cast<std::size_t>(*report.options.top)
+             : count;
+}
+
+const char* ModeWord(std::uint32_t mode) {
+  return mode == QS_SESSION_LARGE_FILES ? "large" : mode == QS_SESSION_INSPECT ? "inspect" : "all";
+}
+
+std::string Line(const std::string& index, const std::string& size, const std::string& modified,
+                 const std::string& path) {
+  return PadLeft(index, kIndexColumn) + "  " + PadLeft(size, kSizeColumn) + "  " +
+         PadRight(modified, kTimeColumn) + "  " + path + "\n";
+}
+
+Json RowJson(const SessionFile& file, std::size_t index) {
+  Json json;
+  json["index"] = index;
+  AddPath(json, file.path);
+  json["name"] = ToUtf8(file.name);
+  json["size"] = file.numbers.size;
+  json["modified_ticks"] = file.numbers.modified;
+  const std::optional<std::string> modified = LocalIsoText(file.numbers.modified);
+  json["modified"] = modified ? Json(*modified) : Json(nullptr);
+  json["deleted"] = file.numbers.deleted != 0;
+  return json;
+}
+
+Json CleanJson(const ListReport& report) {
+  if (!report.cleaned) {
+    return nullptr;
+  }
+  Json json;
+  json["indexes"] = report.options.clean;
+  json["requested"] = report.options.clean.size();
+  json["processed"] = report.clean_processed;
+  json["status"] = StatusWord(report.clean_status);
+  return json;
+}
+
+void WriteClean(const ListReport& report, OutputStream& out) {
+  for (const std::uint64_t index : report.options.clean) {
+    const SessionFile& file = report.rows[static_cast<std::size_t>(index)];
+    out.Write(PadRight(file.numbers.deleted != 0 ? "deleted" : "left alone", 12) +
+              PadLeft(HumanSize(file.numbers.size), kSizeColumn) + "  " + ShownPath(file.path) +
+              "\n");
+  }
+  out.Write("\n" + GroupedNumber(report.clean_processed) + " of " +
+            Counted(report.options.clean.size(), "file", "files") + " deleted.\n");
+  if (report.clean_status == QS_FAILED) {
+    out.Write(
+        "The clean stopped at the first file that could not be deleted: it has changed, is "
+        "gone, is read-only, is in use, or lies behind a link.\n");
+  } else if (report.clean_status == QS_CANCELLED) {
+    out.Write("The clean was cancelled.\n");
+  }
+}
+
+}  // namespace
+
+void WriteListTable(const ListReport& report, OutputStream& out) {
+  if (report.cleaned) {
+    WriteClean(report, out);
+    return;
+  }
+  const std::size_t listed = ListedRows(report);
+  if (report.rows.empty()) {
+    out.Write("No files here.\n\n");
+  } else {
+    out.Write(Line("Index", "Size", "Modified", "Path"));
+    for (std::size_t i = 0; i < listed; ++i) {
+      const SessionFile& file = report.rows[i];
+      out.Write(Line(std::to_string(i), HumanSize(file.numbers.size),
+                     LocalMinuteText(file.numbers.modified).value_or("?"), ShownPath(file.path)));
+    }
+    out.Write("\n");
+    WriteShownCount(listed, report.rows.size(), "rows", out);
+  }
+  out.Write(Counted(report.files_visited, "file", "files") + " seen (" +
+            HumanSize(report.bytes_visited) + ") in " + HumanDuration(report.elapsed_us) + ".\n");
+  WriteEarlyEnd(report.status, out);
+}
+
+void WriteListJson(const ListReport& report, OutputStream& out) {
+  JsonWriter object(out, "list");
+  object.Member("roots", JsonStrings(report.roots));
+  Json options;
+  options["mode"] = ModeWord(report.options.mode);
+  options["top"] = report.options.top ? Json(*report.options.top) : Json(nullptr);
+  object.Member("options", options);
+  object.Member("start_time", report.start_time);
+  object.Member("status", StatusWord(report.status));
+  object.Member("cancelled", report.status == QS_CANCELLED);
+  object.ArrayMember("rows", ListedRows(report),
+                     [&](std::size_t i) { return RowJson(report.rows[i], i); });
+  object.Member("clean", CleanJson(report));
+  Json totals;
+  totals["files_visited"] = report.files_visited;
+  totals["bytes_visited"] = report.bytes_visited;
+  totals["row_count"] = report.rows.size();
+  object.Member("totals", totals);
+  Json performance;
+  performance["elapsed_us"] = report.elapsed_us;
+  object.Member("performance", performance);
+  object.End();
+}
+
+}  // namespace quastel::client

@@ -1350,7 +1350,8 @@ QS_API qs_status qs_product_scan_report_row_parent_group_id(qs_product_scan* sca
  * of a junk scan go longest path first, and after each of them its folder is removed as well if
  * qs_empty_directory_eligible accepts it. Nothing goes to the Recycle Bin. The report stays as it
  * is apart from the `deleted` marks, so another clean may name other rows. At least one file of
- * every set of duplicates always stays.
+ * every set of duplicates always stays. A path with a name that ends in a dot or a blank means
+ * another file to the system: its row is never deleted, and is no copy that stays.
  *
  * \param scan the handle
  * \param item_ids array of `count` ids of items, none twice; may be null when `count` is 0

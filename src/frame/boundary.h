@@ -22,6 +22,19 @@ qs_status StatusBoundary(Operation&& operation) noexcept {
   }
 }
 
+// Records the end of a long-running call, which takes a lock. If that fails, the call has failed,
+// and it is tried again: without a recorded end the handle could never be used or freed any more.
+template <typename Finish>
+qs_status FinishSurely(qs_status status, Finish&& finish) {
+  bool recorded = false;
+  const qs_status end = StatusBoundary([&] {
+    const qs_status answer = finish(status);
+    recorded = true;
+    return answer;
+  });
+  return recorded ? end : finish(QS_FAILED);
+}
+
 // For the exports that answer yes or no: whatever goes wrong inside is a no.
 template <typename Operation>
 std::int32_t PredicateBoundary(Operation&& operation) noexcept {

@@ -45,7 +45,8 @@ qs_status ProductScan::StartClean(const std::uint64_t* ids, std::uint64_t count)
     return refusal;
   }
   // From here on a clean is running, and whatever happens has to finish it.
-  return FinishClean(StatusBoundary([&] { return RunClean(list); }));
+  return FinishSurely(StatusBoundary([&] { return RunClean(list); }),
+                      [this](qs_status status) { return FinishClean(status); });
 }
 
 bool ProductScan::IsCleaning() const {

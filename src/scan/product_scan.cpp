@@ -56,7 +56,8 @@ qs_status ProductScan::Start(const qs_product_scan_request* request) {
     Reset(std::move(copy));
   }
   // From here on a scan is running, and whatever happens has to finish it.
-  return FinishScan(StatusBoundary([this] { return RunKind(); }));
+  return FinishSurely(StatusBoundary([this] { return RunKind(); }),
+                      [this](qs_status status) { return FinishScan(status); });
 }
 
 bool ProductScan::IsRunning() const {
@@ -268,7 +269,11 @@ PerfTimer::PerfTimer(ProductScan& scan, ProductScan::PerformanceField field)
     : scan_(scan), field_(field), began_at_ns_(platform::MonotonicNanoseconds()) {}
 
 PerfTimer::~PerfTimer() {
-  scan_.AddPerformanceTime(field_, platform::MonotonicNanoseconds() - began_at_ns_);
+  // A time that cannot be stored is no reason to end the process, as leaving a destructor would be.
+  (void)StatusBoundary([this]() -> qs_status {
+    scan_.AddPerformanceTime(field_, platform::MonotonicNanoseconds() - began_at_ns_);
+    return QS_OK;
+  });
 }
 
 }  // namespace quastel

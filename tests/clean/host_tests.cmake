@@ -24,9 +24,13 @@ endif()
 quastel_host_test(clean_fault_tests
   clean/clean_fault_test.cpp
   clean/clean_fixture.cpp
+  clean/clean_lock_faults_test.cpp
   faults/allocation_faults.cpp
+  faults/lock_faults.cpp
   scan/scan_fixture.cpp
 )
+# faults/lock_faults.cpp steps in front of every mutex.
+target_link_options(clean_fault_tests PRIVATE LINKER:--wrap=pthread_mutex_lock)
 
 # The C++ half of the thread sanitizer's runtime insists on its own operator new. Linked as a C
 # program there is only the other half, which sees the allocations of these tests through malloc.

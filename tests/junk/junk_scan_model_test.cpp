@@ -243,8 +243,9 @@ class Model {
       }
       const Text contains = Attribute(node, u"ContainsPath").value_or(Text());
       for (const Text& sub : RealFolders(folder)) {
-        const Text joined = folder + u"\\" + sub + u"\\" + *end;
-        if ((folder + u"\\" + sub).find(contains) != Text::npos && IsRealFolder(joined)) {
+        const Text listed = folder + u"\\" + sub;
+        const Text joined = listed + u"\\" + *end;
+        if (listed.find(contains) != Text::npos && IsRealBelow(listed, *end)) {
           WalkGroup(joined, name.value_or(*end), around, Text());
         }
       }
@@ -283,6 +284,13 @@ class Model {
     return facts && !platform::IsReparsePoint(facts->attributes) && facts->is_folder == folder;
   }
   bool IsRealFolder(const Text& path) const { return IsReal(Find(path), true); }
+
+  // A path of several names has no link in its middle either.
+  bool IsRealBelow(const Text& folder, const Text& end) const {
+    const std::size_t separator = end.find(u'\\');
+    return (separator == Text::npos || IsRealFolder(folder + u"\\" + end.substr(0, separator))) &&
+           IsRealFolder(folder + u"\\" + end);
+  }
 
   std::vector<Text> Real(const Text& folder, bool folders) const {
     std::vector<Text> names;

@@ -1,21 +1,27 @@
 #include "duplicate/duplicate_scan.h"
 
 #include <algorithm>
-#include <deque>
+#include <array>
 #include <optional>
 #include <span>
+#include <string>
 #include <utility>
 #include <vector>
 
-#include "duplicate/candidate.h"
+#include "base/arena.h"
+#include "duplicate/candidate_list.h"
+#include "duplicate/duplicate_rows.h"
+#include "duplicate/equal_runs.h"
 #include "duplicate/file_hash.h"
+#include "duplicate/file_sample.h"
 #include "duplicate/hash_cache.h"
-#include "duplicate/hash_cache_format.h"
-#include "duplicate/sample.h"
+#include "duplicate/hash_text.h"
+#include "duplicate/known_files.h"
+#include "duplicate/sample_order.h"
+#include "duplicate/sampled_file.h"
 #include "duplicate/storage_kind.h"
 #include "duplicate/worker_pool.h"
 #include "fs/enumeration.h"
-#include "platform/clock.h"
 #include "scan/product_scan.h"
 #include "scan/root_filter.h"
 
@@ -24,54 +30,23 @@ namespace {
 
 using Performance = qs_product_scan_performance;
 
-// Up to this size the sample is the whole content, and nothing has to be hashed.
-constexpr std::uint64_t kSmallFile = kSampleSize;
+// The longest group key that a sample may make, with its terminator.
+constexpr std::size_t kSampleKeyCapacity = 384;
 
-// A candidate under the text or number that a stage groups by.
-template <typename Key>
-struct Keyed {
-  Key key;
-  DuplicateCandidate* candidate;
+bool HasSampleKey(std::int64_t size, const DigestText& sample) {
+  return SampleGroupKey(size, {}).size() + sample.size() < kSampleKeyCapacity;
+}
+
+// A second look at a file. The result is the sample of its tail, or the whole sample if the cache
+// had it.
+struct TailItem : WorkItem {
+  SampledIndex file = 0;
 };
 
-// Orders by key and keeps the order of candidates with the same one.
-template <typename Key>
-void SortByKey(std::vector<Keyed<Key>>& entries) {
-  std::stable_sort(entries.begin(), entries.end(),
-                   [](const Keyed<Key>& a, const Keyed<Key>& b) { return a.key < b.key; });
-}
-
-// The run of equal keys at the front of sorted entries.
-template <typename Key>
-std::span<Keyed<Key>> FirstGroup(std::span<Keyed<Key>> entries) {
-  std::size_t size = 1;
-  while (size < entries.size() && entries[size].key == entries[0].key) {
-    ++size;
-  }
-  return entries.first(size);
-}
-
-// Calls `visit` for each group of sorted entries, in key order, until one does not answer QS_OK.
-template <typename Key, typename Visitor>
-qs_status ForEachGroup(std::vector<Keyed<Key>>& sorted, Visitor visit) {
-  for (std::span<Keyed<Key>> rest(sorted); !rest.empty();) {
-    const std::span<Keyed<Key>> group = FirstGroup(rest);
-    rest = rest.subspan(group.size());
-    const qs_status status = visit(group);
-    if (status != QS_OK) {
-      return status;
-    }
-  }
-  return QS_OK;
-}
-
-Text Widen(std::string_view ascii) {
-  return Text(ascii.begin(), ascii.end());
-}
-
-std::int64_t SignedSize(const DuplicateCandidate& candidate) {
-  return static_cast<std::int64_t>(candidate.size);
-}
+// A file to be hashed in full; the result is its hash.
+struct HashItem : WorkItem {
+  SampledIndex file = 0;
+};
 
 // One run of the scan. The members are what the stages hand to each other.
 class DuplicateScan {
@@ -79,7 +54,7 @@ class DuplicateScan {
   DuplicateScan(ProductScan& scan, const OwnedRequest& request) : scan_(scan), request_(request) {}
 
   qs_status Run() {
-    LoadCache();
+    known_.Load(CacheLocationOf(request_.user_home), scan_.cancel_flag());
     if (scan_.IsCancelled()) {
       return QS_CANCELLED;
     }
@@ -113,10 +88,8 @@ class DuplicateScan {
   }
 
  private:
-  using CandidateSpan = std::span<Keyed<std::string>>;
-
-  void LoadCache() {
-    cache_ = LoadDuplicateCache(CacheLocationOf(request_.user_home), scan_.cancel_flag());
+  const Candidate& CandidateOf(const SampledFile& file) const {
+    return candidates_[file.candidate];
   }
 
   qs_status FilterRoots() {
@@ -145,20 +118,11 @@ class DuplicateScan {
                                    std::uint64_t last_write, const Char* name) {
     auto& self = *static_cast<DuplicateScan*>(user);
     self.scan_.ReportProgress(path, static_cast<std::int64_t>(size));
-    if (IsIgnoredFile(name)) {
-      return;
+    const bool is_left_out =
+        IsIgnoredFile(name) || (self.protection_ && self.protection_->ContainsFile(path, name));
+    if (!is_left_out) {
+      self.candidates_.Add(path, name, size, last_write);
     }
-    DuplicateCandidate candidate;
-    candidate.path = path;
-    if (self.protection_ && self.protection_->ContainsFile(candidate.path, name)) {
-      return;
-    }
-    if (LeafOf(candidate.path) != TextView(name)) {
-      candidate.odd_name = name;
-    }
-    candidate.size = size;
-    candidate.last_write = last_write;
-    self.candidates_.push_back(std::move(candidate));
   }
 
   qs_status ProbeStorage() {
@@ -169,23 +133,35 @@ class DuplicateScan {
 
   // Keeps the files whose size another one has: nothing else is ever opened.
   qs_status GroupBySize() {
-    std::vector<Keyed<std::uint64_t>> by_size;
+    using SizeAndIndex = std::pair<std::uint64_t, CandidateIndex>;
+    std::vector<SizeAndIndex> by_size;
     by_size.reserve(candidates_.size());
-    for (DuplicateCandidate& candidate : candidates_) {
+    for (CandidateIndex i = 0; i < candidates_.size(); ++i) {
       if (scan_.IsCancelled()) {
         return QS_CANCELLED;
       }
-      by_size.push_back({candidate.size, &candidate});
+      by_size.emplace_back(candidates_[i].size, i);
     }
-    SortByKey(by_size);
-    return ForEachGroup(by_size, [this](std::span<Keyed<std::uint64_t>> group) -> qs_status {
-      for (const auto& entry : group) {
-        if (group.size() > 1) {
-          same_size_.push_back(entry.candidate);
-        }
+    std::sort(by_size.begin(), by_size.end());
+    const auto same_size = [](const SizeAndIndex& a, const SizeAndIndex& b) {
+      return a.first == b.first;
+    };
+    // Those that are alone leave the array first, so that what stays is made as large as it gets.
+    auto end = by_size.begin();
+    ForEachRun(std::span(by_size), same_size, [&end](std::span<SizeAndIndex> run) {
+      if (run.size() > 1) {
+        end = std::copy(run.begin(), run.end(), end);
       }
-      return QS_OK;
+      return true;
     });
+    by_size.erase(end, by_size.end());
+    sampled_.resize(by_size.size());
+    std::transform(by_size.begin(), by_size.end(), sampled_.begin(), [](const SizeAndIndex& entry) {
+      SampledFile file;
+      file.candidate = entry.second;
+      return file;
+    });
+    return QS_OK;
   }
 
   qs_status SampleContents() {
@@ -194,280 +170,255 @@ class DuplicateScan {
   }
 
   qs_status SampleHeads() {
-    std::vector<SampleWorkItem> items;
-    items.reserve(same_size_.size());
-    for (DuplicateCandidate* candidate : same_size_) {
-      if (scan_.IsCancelled()) {
-        return QS_CANCELLED;
-      }
-      LookUp(*candidate);
-      SampleWorkItem item;
-      item.path = &candidate->path;
-      item.size = SignedSize(*candidate);
-      if (const CacheEntry* entry = candidate->valid_entry()) {
-        item.result = entry->sample;
-      }
-      items.push_back(std::move(item));
-    }
-    const StageEnd end = RunStage<SampleWorkItem>(items, [](const SampleWorkItem& item) {
-      return SampleHead(item.path->c_str(), item.size);
-    });
-    if (end == StageEnd::kStopped) {
+    known_.FindSamples(sampled_, scan_.cancel_flag());
+    if (scan_.IsCancelled()) {
       return QS_CANCELLED;
     }
-    for (std::size_t i = 0; i < items.size(); ++i) {
-      sampled_items_ += items[i].result.empty() ? 0 : 1;
-      same_size_[i]->sample = std::move(items[i].result);
-    }
-    return QS_OK;
-  }
-
-  static std::optional<std::string> SampleHead(const Char* path, std::int64_t size) {
-    if (size > static_cast<std::int64_t>(kSmallFile)) {
-      return HashFileBlock(path, size, BlockPlace::kStart);
-    }
-    std::string text;
-    return SampleFile(path, size, text) == QS_OK ? std::optional(std::move(text)) : std::nullopt;
+    // Small files come first in the order of the sizes: each has a place for its digits.
+    const auto small_end = std::find_if(
+        sampled_.begin(), sampled_.end(),
+        [this](const SampledFile& file) { return CandidateOf(file).size > kSmallFile; });
+    small_samples_.resize(static_cast<std::size_t>(small_end - sampled_.begin()));
+    const StageEnd end = RunStage<SampledFile>(
+        sampled_, [](const SampledFile& file) { return file.candidate; },
+        [this](const SampledFile& file) {
+          const CandidatePath path(candidates_, file.candidate);
+          const Candidate& candidate = CandidateOf(file);
+          return candidate.size > kSmallFile
+                     ? SampleHead(path.c_str(), candidate.signed_size())
+                     : SampleSmallFile(
+                           path.c_str(), candidate.signed_size(),
+                           small_samples_[static_cast<std::size_t>(&file - sampled_.data())]);
+        });
+    sampled_items_ = static_cast<std::uint64_t>(
+        std::count_if(sampled_.begin(), sampled_.end(),
+                      [](const SampledFile& file) { return !file.result.empty(); }));
+    return end == StageEnd::kStopped ? QS_CANCELLED : QS_OK;
   }
 
   // Looks at the tails of those that share their head with another file, of whatever size.
   qs_status SampleTails() {
-    std::vector<Keyed<std::string_view>> by_head;
-    for (DuplicateCandidate* candidate : same_size_) {
-      if (!candidate->sample.empty()) {
-        by_head.push_back({candidate->head(), candidate});
-      }
-    }
-    SortByKey(by_head);
-    std::vector<SampleWorkItem> items;
-    std::vector<DuplicateCandidate*> owners;
-    (void)ForEachGroup(by_head, [&](std::span<Keyed<std::string_view>> group) -> qs_status {
-      if (group.size() > 1 && group[0].candidate->size > kSmallFile) {
-        for (const auto& entry : group) {
-          items.push_back(TailItem(*entry.candidate));
-          owners.push_back(entry.candidate);
-        }
-      }
-      return QS_OK;
-    });
-    const StageEnd end = RunStage<SampleWorkItem>(items, SampleTail);
+    std::vector<TailItem> items = ListTailItems();
+    const StageEnd end = RunStage<TailItem>(
+        items, [this](const TailItem& item) { return sampled_[item.file].candidate; },
+        [this](const TailItem& item) {
+          const SampledFile& file = sampled_[item.file];
+          const CandidatePath path(candidates_, file.candidate);
+          return SampleTail(path.c_str(), CandidateOf(file).signed_size(), file.result);
+        });
     if (end == StageEnd::kStopped) {
       return QS_CANCELLED;
     }
-    // A file whose tail could not be read has no sample any more and drops out.
-    for (std::size_t i = 0; i < items.size(); ++i) {
-      owners[i]->sample = std::move(items[i].result);
+    for (const TailItem& item : items) {
+      DigestText& sample = sampled_[item.file].result;
+      sample = sample.has_tail() ? sample : JoinHeadAndTail(sample, item.result);
     }
     scan_.SetPerformanceField(&Performance::sampled_items, sampled_items_);
     return QS_OK;
   }
 
-  static SampleWorkItem TailItem(const DuplicateCandidate& candidate) {
-    SampleWorkItem item;
-    item.path = &candidate.path;
-    item.size = SignedSize(candidate);
-    item.head = candidate.head();
-    if (candidate.has_tail()) {
-      item.result = candidate.sample;
+  std::vector<TailItem> ListTailItems() const {
+    using HeadAndFile = std::pair<DigestText, SampledIndex>;
+    std::vector<HeadAndFile> by_head;
+    by_head.reserve(sampled_.size());
+    for (SampledIndex i = 0; i < sampled_.size(); ++i) {
+      if (!sampled_[i].result.empty()) {
+        by_head.emplace_back(sampled_[i].result.head(), i);
+      }
     }
-    return item;
+    std::sort(by_head.begin(), by_head.end());
+    std::vector<TailItem> items;
+    const auto same_head = [](const HeadAndFile& a, const HeadAndFile& b) {
+      return a.first == b.first;
+    };
+    ForEachRun(std::span(by_head), same_head, [&](std::span<HeadAndFile> run) {
+      if (run.size() > 1 && CandidateOf(sampled_[run[0].second]).size > kSmallFile) {
+        for (const HeadAndFile& entry : run) {
+          const DigestText& sample = sampled_[entry.second].result;
+          TailItem& item = items.emplace_back();
+          item.file = entry.second;
+          item.result = sample.has_tail() ? sample : DigestText();
+        }
+      }
+      return true;
+    });
+    return items;
   }
 
-  static std::optional<std::string> SampleTail(const SampleWorkItem& item) {
-    // A head of 4096 bytes or less was the whole file.
-    std::optional<std::string> tail =
-        item.size > kBlockSize ? HashFileBlock(item.path->c_str(), item.size, BlockPlace::kEnd)
-                               : item.head;
-    if (tail) {
-      tail->insert(0, item.head + kTailMark);
+  // A file whose tail could not be read has no sample any more and drops out.
+  DigestText JoinHeadAndTail(const DigestText& head, const DigestText& tail) {
+    if (tail.empty()) {
+      return {};
     }
-    return tail;
+    const DigestText joined = DigestText::OfHashes(head, tail);
+    if (!joined.empty()) {
+      return joined;
+    }
+    std::string text = head.Get() + kTailMark;
+    tail.AppendTo(text);
+    return DigestText::Of(texts_.Keep(std::string_view(text)));
   }
 
   qs_status GroupBySample() {
-    for (DuplicateCandidate* candidate : same_size_) {
+    for (SampledIndex i = 0; i < sampled_.size(); ++i) {
       if (scan_.IsCancelled()) {
         return QS_CANCELLED;
       }
+      const DigestText& sample = sampled_[i].result;
+      const Candidate& candidate = CandidateOf(sampled_[i]);
       // A large file without a tail was the only one with its head.
-      const bool is_alone = candidate->size > kSmallFile && !candidate->has_tail();
-      if (!candidate->sample.empty() && !is_alone) {
-        by_sample_.push_back(
-            {SampleGroupKey(SignedSize(*candidate), candidate->sample), candidate});
+      const bool is_alone = candidate.size > kSmallFile && !sample.has_tail();
+      if (!sample.empty() && !is_alone && HasSampleKey(candidate.signed_size(), sample)) {
+        by_sample_.push_back(i);
       }
     }
-    SortByKey(by_sample_);
+    PutInSampleOrder(candidates_, sampled_, by_sample_);
     return QS_OK;
   }
 
   // Small files are told apart by their samples; the others wait for their hashes.
   qs_status PlanHashes() {
-    const qs_status status = ForEachGroup(by_sample_, [this](CandidateSpan group) -> qs_status {
+    const auto same_key = [this](SampledIndex a, SampledIndex b) {
+      return CandidateOf(sampled_[a]).size == CandidateOf(sampled_[b]).size &&
+             sampled_[a].result == sampled_[b].result;
+    };
+    const auto plan = [this](std::span<SampledIndex> group) {
       if (scan_.IsCancelled()) {
-        return QS_CANCELLED;
+        return false;
       }
       if (group.size() < 2) {
-        return QS_OK;
+        return true;
       }
-      if (group[0].candidate->size <= kSmallFile) {
-        EmitGroup(group[0].key, group);
-        return QS_OK;
+      if (CandidateOf(sampled_[group[0]]).size <= kSmallFile) {
+        rows_.AppendGroup(group, {});
+        return true;
       }
-      for (const auto& entry : group) {
-        if (scan_.IsCancelled()) {
-          return QS_CANCELLED;
-        }
-        HashWorkItem item;
-        item.path = &entry.candidate->path;
-        if (const CacheEntry* cached = entry.candidate->valid_entry()) {
-          item.result = cached->full_hash;
-        }
-        hash_items_.push_back(std::move(item));
-      }
-      queued_.push_back(group);
-      return QS_OK;
-    });
-    if (status == QS_OK) {
-      scan_.SetPerformanceField(&Performance::unhashed_groups, group_count_);
+      return QueueGroup(group);
+    };
+    hash_items_.reserve(by_sample_.size());
+    if (!ForEachRun(std::span(by_sample_), same_key, plan)) {
+      return QS_CANCELLED;
     }
-    return status;
+    scan_.SetPerformanceField(&Performance::unhashed_groups, rows_.group_count());
+    return QS_OK;
+  }
+
+  bool QueueGroup(std::span<SampledIndex> group) {
+    for (const SampledIndex file : group) {
+      if (scan_.IsCancelled()) {
+        return false;
+      }
+      sampled_[file].hash_item = static_cast<std::uint32_t>(hash_items_.size());
+      HashItem& item = hash_items_.emplace_back();
+      item.file = file;
+      item.result = known_.FullHashOf(sampled_, file);
+    }
+    queued_.push_back(group);
+    return true;
   }
 
   qs_status HashContents() {
-    const StageEnd end = RunStage<HashWorkItem>(
-        hash_items_, [this](const HashWorkItem& item) -> std::optional<std::string> {
+    const StageEnd end = RunStage<HashItem>(
+        hash_items_, [this](const HashItem& item) { return sampled_[item.file].candidate; },
+        [this](const HashItem& item) {
+          const CandidatePath path(candidates_, sampled_[item.file].candidate);
           std::string text;
-          const qs_status status = HashFile(item.path->c_str(), scan_.cancel_flag(), text);
-          return status == QS_OK ? std::optional(std::move(text)) : std::nullopt;
+          const qs_status status = HashFile(path.c_str(), scan_.cancel_flag(), text);
+          return status == QS_OK ? DigestText::Of(text) : DigestText();
         });
-    const auto hashed =
-        std::count_if(hash_items_.begin(), hash_items_.end(),
-                      [](const HashWorkItem& item) { return !item.result.empty(); });
+    const auto hashed = std::count_if(hash_items_.begin(), hash_items_.end(),
+                                      [](const HashItem& item) { return !item.result.empty(); });
     scan_.SetPerformanceField(&Performance::hashed_items, static_cast<std::uint64_t>(hashed));
     return end == StageEnd::kStopped ? QS_CANCELLED : QS_OK;
   }
 
   qs_status GroupByHash() {
-    auto item = hash_items_.begin();
-    for (const CandidateSpan group : queued_) {
-      for (const auto& entry : group) {
-        entry.candidate->full_hash = std::move((item++)->result);
+    for (const std::span<SampledIndex> group : queued_) {
+      if (!AppendEqualHashes(group)) {
+        return QS_CANCELLED;
       }
     }
-    for (const CandidateSpan group : queued_) {
-      const qs_status status = EmitEqualHashes(group);
-      if (status != QS_OK) {
-        return status;
-      }
-    }
-    scan_.SetGroupCount(group_count_);
+    scan_.SetGroupCount(rows_.group_count());
     return QS_OK;
   }
 
-  qs_status EmitEqualHashes(CandidateSpan same_sample) {
-    if (scan_.IsCancelled()) {
-      return QS_CANCELLED;
-    }
-    std::vector<Keyed<std::string>> by_hash;
-    for (const auto& entry : same_sample) {
-      if (scan_.IsCancelled()) {
-        return QS_CANCELLED;
-      }
-      if (!entry.candidate->full_hash.empty()) {
-        by_hash.push_back({HashGroupKey(entry.key, entry.candidate->full_hash), entry.candidate});
-      }
-    }
-    SortByKey(by_hash);
-    return ForEachGroup(by_hash, [this](CandidateSpan group) -> qs_status {
-      if (group.size() > 1) {
-        EmitGroup(group[0].key, group);
-      }
-      return QS_OK;
-    });
+  const DigestText& HashOf(SampledIndex file) const {
+    return hash_items_[sampled_[file].hash_item].result;
   }
 
-  void EmitGroup(std::string_view key, CandidateSpan group) {
-    ++group_count_;
-    const TextView label = group[0].candidate->name();
-    for (const auto& [unused, candidate] : group) {
-      ReportRow row;
-      row.path = candidate->path;
-      row.name = candidate->name();
-      row.title = label;
-      row.location = Widen(key);
-      row.group_id = group_count_;
-      row.kind = RowKind::kDuplicate;
-      row.size = SignedSize(*candidate);
-      row.modified = candidate->last_write;
-      row.deletable = true;
-      scan_.AppendRow(std::move(row));
+  // Sorts a group by its hashes, in their text order, and appends those that are no longer alone.
+  bool AppendEqualHashes(std::span<SampledIndex> same_sample) {
+    if (scan_.IsCancelled()) {
+      return false;
     }
+    std::size_t hashed = 0;
+    for (const SampledIndex file : same_sample) {
+      if (scan_.IsCancelled()) {
+        return false;
+      }
+      if (!HashOf(file).empty()) {
+        same_sample[hashed++] = file;
+      }
+    }
+    same_sample = same_sample.first(hashed);
+    std::sort(same_sample.begin(), same_sample.end(), [this](SampledIndex a, SampledIndex b) {
+      return HashOf(a) < HashOf(b) || (HashOf(a) == HashOf(b) && a < b);
+    });
+    const auto same_hash = [this](SampledIndex a, SampledIndex b) {
+      return HashOf(a) == HashOf(b);
+    };
+    ForEachRun(same_sample, same_hash, [this](std::span<SampledIndex> group) {
+      if (group.size() > 1) {
+        rows_.AppendGroup(group, HashOf(group[0]));
+      }
+      return true;
+    });
+    return true;
   }
 
   // Entries of files that this scan did not meet stay, and age out.
   qs_status RefreshCache() {
-    for (DuplicateCandidate& candidate : candidates_) {
+    const Text location = CacheLocationOf(request_.user_home);
+    for (const SampledIndex file : InWalkOrder(candidates_, sampled_)) {
       if (scan_.IsCancelled()) {
         return QS_CANCELLED;
       }
-      if (!candidate.sample.empty()) {
-        Remember(candidate);
+      if (file != kNotSampled && !location.empty()) {
+        const bool is_hashed = sampled_[file].hash_item != kNotHashed;
+        known_.Remember(sampled_, file, is_hashed ? HashOf(file) : DigestText());
       }
     }
-    SaveDuplicateCache(CacheLocationOf(request_.user_home), cache_, scan_.cancel_flag());
+    known_.Save(location, scan_.cancel_flag());
     return QS_OK;
   }
 
-  void LookUp(DuplicateCandidate& candidate) {
-    if (cache_.empty()) {
-      return;
-    }
-    const auto found = cache_.find(CacheKeyOf(candidate.path));
-    if (found != cache_.end()) {
-      candidate.cached = &found->second;
-    }
-  }
-
-  void Remember(DuplicateCandidate& candidate) {
-    CacheEntry* entry = candidate.cached;
-    if (entry == nullptr) {
-      Text key = CacheKeyOf(candidate.path);
-      const auto found = cache_.find(key);
-      if (found != cache_.end()) {
-        entry = &found->second;
-      } else if (cache_.size() < kMaxEntries) {
-        entry = &cache_[std::move(key)];
-      } else {
-        return;
-      }
-    }
-    entry->size = candidate.size;
-    entry->last_write = candidate.last_write;
-    entry->confirmed_time = platform::SystemFileTime();
-    entry->sample = std::move(candidate.sample);
-    entry->full_hash = std::move(candidate.full_hash);
-  }
-
-  template <typename Item, typename Work>
-  StageEnd RunStage(std::vector<Item>& items, Work work) {
+  template <typename Item, typename CandidateOfItem, typename Work>
+  StageEnd RunStage(std::vector<Item>& items, CandidateOfItem candidate_of, Work work) {
+    const auto show = [this, &candidate_of](const Item& item) {
+      Text path;
+      candidates_.GetPath(candidate_of(item), path);
+      scan_.SetCurrentPath(path);
+    };
     return RunParallel<Item>(
         items, WorkerCountFor(items.size(), storage_), [this] { return scan_.IsCancelled(); }, work,
-        [this](const Text& path) { scan_.SetCurrentPath(path); });
+        show);
   }
 
   ProductScan& scan_;
   const OwnedRequest& request_;
-  CacheMap cache_;
   std::vector<Text> roots_;
   std::optional<ProtectedFolders> protection_;
-  std::deque<DuplicateCandidate> candidates_;  // in the order of the walk
+  CandidateList candidates_;
   StorageKind storage_ = StorageKind::kUnknown;
-  std::vector<DuplicateCandidate*> same_size_;  // by size, then in the order of the walk
+  SampledFiles sampled_;  // those that share their size, by size and then in the order of the walk
+  std::vector<std::array<char, kSampleTextLength>> small_samples_;  // of the first of them
+  Arena texts_;                                                     // of samples that are no hashes
   std::uint64_t sampled_items_ = 0;
-  std::vector<Keyed<std::string>> by_sample_;
-  std::vector<CandidateSpan> queued_;     // runs of by_sample_ that need their hashes
-  std::vector<HashWorkItem> hash_items_;  // one for each candidate of queued_, in its order
-  std::uint64_t group_count_ = 0;
+  std::vector<SampledIndex> by_sample_;          // in the order of their group keys
+  std::vector<std::span<SampledIndex>> queued_;  // runs of by_sample_ that need their hashes
+  std::vector<HashItem> hash_items_;             // one for each file of queued_, in its order
+  KnownFiles known_{candidates_};
+  DuplicateRows rows_{scan_, candidates_, sampled_};
 };
 
 }  // namespace

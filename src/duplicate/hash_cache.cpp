@@ -1,20 +1,87 @@
 #include "duplicate/hash_cache.h"
 
 #include <algorithm>
+#include <bit>
+#include <numeric>
 
 #include "base/ascii.h"
 #include "duplicate/hash_cache_format.h"
+#include "duplicate/xxhash32.h"
 #include "fs/path_rules.h"
-#include "platform/process.h"
 
 namespace quastel::duplicate {
+namespace {
 
-Text CacheKeyOf(const Text& path) {
-  Text key = ResolveFully(path).value_or(path);
-  for (Char& c : key) {
-    c = c == Char{'/'} ? Char{'\\'} : platform::FoldWide(c);
+constexpr std::size_t kSmallestTable = 64;
+
+}  // namespace
+
+HashCache::Index HashCache::Find(TextView key) {
+  if (table_.size() < entries_.size() * 2) {
+    BuildTable(entries_.size());
   }
-  return key;
+  return table_.empty() ? kNone : table_[PlaceOf(key)];
+}
+
+HashCache::Index HashCache::FindOrAdd(TextView key) {
+  // A file is read in key order, where every key is a new one and no table is needed.
+  if (entries_.empty() || (is_in_key_order_ && entries_.back().key < key)) {
+    return Add(key);
+  }
+  const Index found = Find(key);
+  if (found != kNone) {
+    return found;
+  }
+  is_in_key_order_ = false;
+  return Add(key);
+}
+
+HashCache::Index HashCache::Add(TextView key) {
+  const auto index = static_cast<Index>(entries_.size());
+  if (!table_.empty() && table_.size() < (entries_.size() + 1) * 2) {
+    BuildTable(entries_.size() + 1);
+  }
+  CacheEntry entry;
+  entry.key = texts_.Keep(key);
+  entries_.push_back(entry);
+  if (!table_.empty()) {
+    table_[PlaceOf(key)] = index;
+  }
+  return index;
+}
+
+// Where the key stands in the table, or where it would have to.
+std::size_t HashCache::PlaceOf(TextView key) const {
+  const std::size_t mask = table_.size() - 1;
+  std::size_t place = HashBytes(key.data(), key.size() * sizeof(Char)) & mask;
+  while (table_[place] != kNone && entries_[table_[place]].key != key) {
+    place = (place + 1) & mask;
+  }
+  return place;
+}
+
+// Twice the room that is needed at least, so that few keys meet.
+void HashCache::BuildTable(std::size_t size) {
+  std::vector<Index> table(std::bit_ceil(std::max(size * 3, kSmallestTable)), kNone);
+  table_.swap(table);
+  for (Index i = 0; i < entries_.size(); ++i) {
+    table_[PlaceOf(entries_[i].key)] = i;
+  }
+}
+
+DigestText HashCache::Keep(std::string_view text) {
+  const DigestText packed = DigestText::Of(text);
+  return packed.refers() ? DigestText::Of(texts_.Keep(text)) : packed;
+}
+
+std::vector<HashCache::Index> HashCache::InKeyOrder() const {
+  std::vector<Index> order(entries_.size());
+  std::iota(order.begin(), order.end(), Index{0});
+  if (!is_in_key_order_) {
+    std::sort(order.begin(), order.end(),
+              [this](Index a, Index b) { return entries_[a].key < entries_[b].key; });
+  }
+  return order;
 }
 
 Text CacheLocationOf(TextView user_home) {

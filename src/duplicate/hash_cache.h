@@ -6,37 +6,70 @@
 #ifndef QUASTEL_DUPLICATE_HASH_CACHE_H_
 #define QUASTEL_DUPLICATE_HASH_CACHE_H_
 
+#include <cstddef>
 #include <cstdint>
-#include <map>
-#include <string>
+#include <limits>
+#include <string_view>
+#include <vector>
 
+#include "base/arena.h"
+#include "base/block_list.h"
 #include "base/text.h"
+#include "duplicate/digest_text.h"
 
 namespace quastel::duplicate {
 
 struct CacheEntry {
+  TextView key;
   std::uint64_t size = 0;
   std::uint64_t last_write = 0;      // ticks, as enumeration reports them
   std::uint64_t confirmed_time = 0;  // FILETIME, UTC
-  std::string sample;
-  std::string full_hash;  // empty when the file was never hashed in full
+  DigestText sample;
+  DigestText full_hash;  // empty when the file was never hashed in full
 };
 
-// In plain code-unit order of the key, the order of the file.
-using CacheMap = std::map<Text, CacheEntry>;
+// The entries, found by their keys through a hash table of indexes. What their texts point to is
+// kept here, or by whoever put it in.
+class HashCache {
+ public:
+  using Index = std::uint32_t;
+  static constexpr Index kNone = std::numeric_limits<Index>::max();
 
-// The key of a file: its full path with "\" as the separator, folded to lower case.
-Text CacheKeyOf(const Text& path);
+  bool empty() const { return entries_.empty(); }
+  std::size_t size() const { return entries_.size(); }
+  CacheEntry& operator[](Index index) { return entries_[index]; }
+  const CacheEntry& operator[](Index index) const { return entries_[index]; }
+
+  // The entry of this key, or kNone.
+  Index Find(TextView key);
+  Index FindOrAdd(TextView key);
+
+  // The text, packed or kept as long as the cache.
+  DigestText Keep(std::string_view text);
+
+  // All entries in plain code-unit order of their keys, the order of the file.
+  std::vector<Index> InKeyOrder() const;
+
+ private:
+  Index Add(TextView key);
+  std::size_t PlaceOf(TextView key) const;
+  void BuildTable(std::size_t size);
+
+  BlockList<CacheEntry> entries_;
+  bool is_in_key_order_ = true;
+  std::vector<Index> table_;  // open addressing; made when something is looked for
+  Arena texts_;
+};
 
 // Where the cache of a profile lies; empty when the folder is neither drive-absolute nor UNC: then
 // there is no cache.
 Text CacheLocationOf(TextView user_home);
 
-// The entries that still hold. `cancel` set means an empty map.
-CacheMap LoadDuplicateCache(const Text& location, std::uint32_t* cancel);
+// The entries that still hold. `cancel` set means an empty cache.
+HashCache LoadDuplicateCache(const Text& location, std::uint32_t* cancel);
 
 // Writes the first kMaxEntries entries through a temporary file that replaces the old one whole.
-void SaveDuplicateCache(const Text& location, const CacheMap& cache, std::uint32_t* cancel);
+void SaveDuplicateCache(const Text& location, const HashCache& cache, std::uint32_t* cancel);
 
 }  // namespace quastel::duplicate
 

@@ -5,7 +5,8 @@
 #include <cstddef>
 #include <optional>
 #include <span>
-#include <utility>
+#include <string>
+#include <vector>
 
 #include "base/little_endian.h"
 #include "duplicate/hash_cache.h"
@@ -80,19 +81,30 @@ class CacheReader {
   std::size_t filled_ = 0;
 };
 
-bool ReadPath(CacheReader& reader, Text& path) {
+// The fields of one entry, in buffers that are kept from one to the next.
+struct EntryFields {
+  std::vector<unsigned char> bytes;
+  Text key;
+  std::uint64_t size = 0;
+  std::uint64_t last_write = 0;
+  std::uint64_t confirmed_time = 0;
+  std::string sample;
+  std::string full_hash;
+};
+
+bool ReadKey(CacheReader& reader, EntryFields& entry) {
   const auto length = reader.ReadLength(kMaxPathLength, sizeof(Char));
   if (!length) {
     return false;
   }
-  std::string bytes(std::size_t{*length} * sizeof(Char), '\0');
-  auto* const raw = reinterpret_cast<unsigned char*>(bytes.data());
-  if (!reader.Read({raw, bytes.size()})) {
+  entry.bytes.resize(std::size_t{*length} * sizeof(Char));
+  if (!reader.Read(entry.bytes)) {
     return false;
   }
-  path.resize(*length);
-  for (std::size_t i = 0; i < path.size(); ++i) {
-    path[i] = static_cast<Char>(LoadLittleEndian<std::uint16_t>(raw + i * sizeof(Char)));
+  entry.key.resize(*length);
+  for (std::size_t i = 0; i < entry.key.size(); ++i) {
+    entry.key[i] =
+        static_cast<Char>(LoadLittleEndian<std::uint16_t>(entry.bytes.data() + i * sizeof(Char)));
   }
   return true;
 }
@@ -106,8 +118,8 @@ bool ReadBytes(CacheReader& reader, std::uint32_t limit, std::string& bytes) {
   return reader.Read({reinterpret_cast<unsigned char*>(bytes.data()), bytes.size()});
 }
 
-bool ReadEntry(CacheReader& reader, Text& path, CacheEntry& entry) {
-  if (!ReadPath(reader, path)) {
+bool ReadEntry(CacheReader& reader, EntryFields& entry) {
+  if (!ReadKey(reader, entry)) {
     return false;
   }
   const auto size = reader.ReadInteger<std::uint64_t>();
@@ -124,9 +136,18 @@ bool ReadEntry(CacheReader& reader, Text& path, CacheEntry& entry) {
 }
 
 // An entry from the future means that the clock was set back: its age is unknown.
-bool StillHolds(const CacheEntry& entry, std::uint64_t now) {
+bool StillHolds(const EntryFields& entry, std::uint64_t now) {
   return entry.confirmed_time <= now && now - entry.confirmed_time <= kLifetime &&
          !entry.sample.empty();
+}
+
+void PutEntry(HashCache& cache, const EntryFields& fields) {
+  CacheEntry& entry = cache[cache.FindOrAdd(fields.key)];
+  entry.size = fields.size;
+  entry.last_write = fields.last_write;
+  entry.confirmed_time = fields.confirmed_time;
+  entry.sample = cache.Keep(fields.sample);
+  entry.full_hash = cache.Keep(fields.full_hash);
 }
 
 bool ReadMagic(CacheReader& reader) {
@@ -134,7 +155,8 @@ bool ReadMagic(CacheReader& reader) {
   return reader.Read(magic) && std::equal(magic.begin(), magic.end(), kCacheMagic.begin());
 }
 
-std::optional<CacheMap> ReadEntries(CacheReader& reader, std::uint64_t now, std::uint32_t* cancel) {
+std::optional<HashCache> ReadEntries(CacheReader& reader, std::uint64_t now,
+                                     std::uint32_t* cancel) {
   if (!ReadMagic(reader)) {
     return std::nullopt;
   }
@@ -142,22 +164,20 @@ std::optional<CacheMap> ReadEntries(CacheReader& reader, std::uint64_t now, std:
   if (!count || *count > kMaxEntries) {
     return std::nullopt;
   }
-  CacheMap cache;
+  HashCache cache;
+  EntryFields fields;
   for (std::uint32_t i = 0; i < *count; ++i) {
-    Text path;
-    CacheEntry entry;
-    if (IsCancelRequested(cancel) || !ReadEntry(reader, path, entry)) {
+    if (IsCancelRequested(cancel) || !ReadEntry(reader, fields)) {
       return std::nullopt;
     }
-    if (StillHolds(entry, now)) {
-      // The file is in key order, so the end is where the next one belongs.
-      cache.insert_or_assign(cache.end(), std::move(path), std::move(entry));
+    if (StillHolds(fields, now)) {
+      PutEntry(cache, fields);
     }
   }
   return cache;
 }
 
-CacheMap ReadCacheFile(const Text& location, std::uint32_t* cancel) {
+HashCache ReadCacheFile(const Text& location, std::uint32_t* cancel) {
   const std::uint64_t now = platform::SystemFileTime();
   const auto file =
       platform::OpenFile(ToLongPath(location).c_str(), platform::kAccessRead, platform::kShareAll,
@@ -170,13 +190,13 @@ CacheMap ReadCacheFile(const Text& location, std::uint32_t* cancel) {
     return {};
   }
   CacheReader reader(file.value(), static_cast<std::uint64_t>(size.value()));
-  return ReadEntries(reader, now, cancel).value_or(CacheMap());
+  return ReadEntries(reader, now, cancel).value_or(HashCache());
 }
 
 }  // namespace
 
-CacheMap LoadDuplicateCache(const Text& location, std::uint32_t* cancel) {
-  CacheMap cache;
+HashCache LoadDuplicateCache(const Text& location, std::uint32_t* cancel) {
+  HashCache cache;
   if (!location.empty() && !IsCancelRequested(cancel)) {
     // A lack of memory is a failure like any other: the scan goes on without the cache.
     (void)StatusBoundary([&]() -> qs_status {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -37,9 +38,20 @@ class CacheWriter {
   }
 
   void WriteText(TextView text) {
-    for (const Char c : text) {
-      WriteInteger(static_cast<std::uint16_t>(c));
+    const std::size_t start = buffer_.size();
+    buffer_.resize(start + text.size() * sizeof(Char));
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      StoreLittleEndian(static_cast<std::uint16_t>(text[i]),
+                        buffer_.data() + start + i * sizeof(Char));
     }
+  }
+
+  // With its length in front.
+  void WriteDigest(const DigestText& digest) {
+    digest_.clear();
+    digest.AppendTo(digest_);
+    WriteInteger(static_cast<std::uint32_t>(digest_.size()));
+    WriteBytes(digest_);
   }
 
   // Hands a full buffer to the file.
@@ -57,31 +69,30 @@ class CacheWriter {
 
   const platform::FileHandle& file_;
   std::vector<unsigned char> buffer_;
+  std::string digest_;
 };
 
-void WriteEntry(CacheWriter& writer, const Text& path, const CacheEntry& entry) {
-  writer.WriteInteger(static_cast<std::uint32_t>(path.size()));
-  writer.WriteText(path);
+void WriteEntry(CacheWriter& writer, const CacheEntry& entry) {
+  writer.WriteInteger(static_cast<std::uint32_t>(entry.key.size()));
+  writer.WriteText(entry.key);
   writer.WriteInteger(entry.size);
   writer.WriteInteger(entry.last_write);
   writer.WriteInteger(entry.confirmed_time);
-  writer.WriteInteger(static_cast<std::uint32_t>(entry.sample.size()));
-  writer.WriteBytes(entry.sample);
-  writer.WriteInteger(static_cast<std::uint32_t>(entry.full_hash.size()));
-  writer.WriteBytes(entry.full_hash);
+  writer.WriteDigest(entry.sample);
+  writer.WriteDigest(entry.full_hash);
 }
 
-bool WriteEntries(const platform::FileHandle& file, const CacheMap& cache, std::uint32_t* cancel) {
+bool WriteEntries(const platform::FileHandle& file, const HashCache& cache, std::uint32_t* cancel) {
   CacheWriter writer(file);
-  const auto count = static_cast<std::uint32_t>(std::min<std::size_t>(cache.size(), kMaxEntries));
+  std::vector<HashCache::Index> order = cache.InKeyOrder();
+  order.resize(std::min<std::size_t>(order.size(), kMaxEntries));
   writer.WriteBytes(kCacheMagic);
-  writer.WriteInteger(count);
-  auto entry = cache.begin();
-  for (std::uint32_t i = 0; i < count; ++i, ++entry) {
+  writer.WriteInteger(static_cast<std::uint32_t>(order.size()));
+  for (const HashCache::Index index : order) {
     if (IsCancelRequested(cancel)) {
       return false;
     }
-    WriteEntry(writer, entry->first, entry->second);
+    WriteEntry(writer, cache[index]);
     if (!writer.FlushWhenFull()) {
       return false;
     }
@@ -90,7 +101,7 @@ bool WriteEntries(const platform::FileHandle& file, const CacheMap& cache, std::
 }
 
 // Writes, flushes and closes; the handle is closed in any case.
-bool WriteTemporary(platform::FileHandle file, const CacheMap& cache, std::uint32_t* cancel) {
+bool WriteTemporary(platform::FileHandle file, const HashCache& cache, std::uint32_t* cancel) {
   return WriteEntries(file, cache, cancel) && platform::FlushFile(file) == platform::Error::kNone &&
          platform::CloseFile(std::move(file)) == platform::Error::kNone;
 }
@@ -136,7 +147,7 @@ class TemporaryFile {
   bool present_ = false;
 };
 
-void WriteCacheFile(const Text& location, const CacheMap& cache, std::uint32_t* cancel) {
+void WriteCacheFile(const Text& location, const HashCache& cache, std::uint32_t* cancel) {
   if (!MakeFolderOf(location)) {
     return;
   }
@@ -150,7 +161,7 @@ void WriteCacheFile(const Text& location, const CacheMap& cache, std::uint32_t* 
 
 }  // namespace
 
-void SaveDuplicateCache(const Text& location, const CacheMap& cache, std::uint32_t* cancel) {
+void SaveDuplicateCache(const Text& location, const HashCache& cache, std::uint32_t* cancel) {
   if (!location.empty() && !IsCancelRequested(cancel)) {
     // A lack of memory is a failure like any other: the old file stays.
     (void)StatusBoundary([&]() -> qs_status {

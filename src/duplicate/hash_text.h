@@ -15,6 +15,9 @@ namespace quastel::duplicate {
 
 inline constexpr std::size_t kHashTextLength = 8;
 
+// Between the head hash and the tail hash of a complete sample.
+inline constexpr char kTailMark = '|';
+
 // Two digits for each byte, high nibble first.
 std::string HexText(std::span<const unsigned char> bytes);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -26,7 +27,7 @@ class ProgressThrottle {
     const MutexLock lock(mutex_);
     if (!last_ || now - *last_ >= kProgressIntervalNs) {
       last_ = now;
-      stage_.progress(stage_.path_of(index));
+      stage_.progress(index);
     }
   }
 

@@ -19,7 +19,8 @@ bool IsIgnoredFile(TextView path) {
                      [leaf](TextView name) { return EqualsFolded(leaf, name); });
 }
 
-ProtectedFolders::ProtectedFolders(const Text& system_root, const Text& user_home) {
+ProtectedFolders::ProtectedFolders(const Text& system_root, const Text& user_home)
+    : leaf_lengths_{} {
   const Text root = ToComparablePath(system_root);
   folders_ = {JoinPath(root, QS_TEXT("Program Files")),
               JoinPath(root, QS_TEXT("Program Files (x86)")),
@@ -27,6 +28,8 @@ ProtectedFolders::ProtectedFolders(const Text& system_root, const Text& user_hom
               JoinPath(root, QS_TEXT("ProgramData")),
               JoinPath(root, QS_TEXT("$Recycle.Bin")),
               ToComparablePath(user_home).append(QS_TEXT("\\AppData"))};
+  std::transform(folders_.begin(), folders_.end(), leaf_lengths_.begin(),
+                 [](const Text& folder) { return LeafOf(folder).size(); });
 }
 
 bool ProtectedFolders::Contains(const Text& path) const {
@@ -35,14 +38,15 @@ bool ProtectedFolders::Contains(const Text& path) const {
                      [&comparable](const Text& folder) { return IsPathUnder(comparable, folder); });
 }
 
-bool ProtectedFolders::ContainsFile(const Text& path, TextView name) const {
+bool ProtectedFolders::ContainsFile(TextView path, TextView name) const {
   // The system drops dots and blanks at the end of a name when it resolves a path.
-  const bool may_change = !name.empty() && (name.back() == Char{'.'} || name.back() == Char{' '});
-  const bool may_be_folder =
-      may_change || std::any_of(folders_.begin(), folders_.end(), [name](const Text& folder) {
-        return EqualsFolded(name, LeafOf(folder));
-      });
-  return may_be_folder && Contains(path);
+  bool may_be_folder = !name.empty() && (name.back() == Char{'.'} || name.back() == Char{' '});
+  for (std::size_t i = 0; i < folders_.size() && !may_be_folder; ++i) {
+    may_be_folder =
+        name.size() == leaf_lengths_[i] &&
+        EqualsFolded(name, TextView(folders_[i]).substr(folders_[i].size() - leaf_lengths_[i]));
+  }
+  return may_be_folder && Contains(Text(path));
 }
 
 }  // namespace quastel

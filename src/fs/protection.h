@@ -4,6 +4,7 @@
 #define QUASTEL_FS_PROTECTION_H_
 
 #include <array>
+#include <cstddef>
 
 #include "base/text.h"
 
@@ -25,10 +26,11 @@ class ProtectedFolders {
 
   // The same for a file in a folder that is known not to be protected. Such a file can only be one
   // of the protected folders by its own name, so nearly always no system call is made.
-  bool ContainsFile(const Text& path, TextView name) const;
+  bool ContainsFile(TextView path, TextView name) const;
 
  private:
   std::array<Text, 6> folders_;
+  std::array<std::size_t, 6> leaf_lengths_;  // of the folders' own names
 };
 
 }  // namespace quastel

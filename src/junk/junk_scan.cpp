@@ -39,6 +39,7 @@ struct JunkFileContext {
   const Text& folder;
   bool preselect;
   bool header_due;  // a folder that turns out to hold no file leaves no header
+  ReportRow row;    // kept, with the room of its texts
 };
 
 ReportRow GroupHeader(std::uint64_t id, std::uint64_t parent_id, const Text& title) {
@@ -59,9 +60,9 @@ void OnJunkFileFound(void* user, const Char* path, std::uint64_t size, std::uint
     ReportRow header = GroupHeader(context.group_id, context.parent_group_id, context.display_name);
     header.path = context.folder;
     header.location = context.folder;
-    context.scan.AppendRow(std::move(header));
+    context.scan.AppendRow(header);
   }
-  ReportRow row;
+  ReportRow& row = context.row;
   row.path = path;
   row.name = name;
   row.title = context.display_name;
@@ -73,7 +74,7 @@ void OnJunkFileFound(void* user, const Char* path, std::uint64_t size, std::uint
   row.modified = last_write;
   row.deletable = true;
   row.preselect = context.preselect;
-  context.scan.AppendRow(std::move(row));
+  context.scan.AppendRow(row);
 }
 
 // Whether `joined`, which begins with `folder`, is a real folder, and every one between the two as
@@ -197,7 +198,8 @@ class RuleWalker {
                                enclosing.display_name,
                                start,
                                preselect_,
-                               false};
+                               false,
+                               {}};
     return EnumerateFiles(start, Options({}, false), OnJunkFileFound, &context);
   }
 
@@ -205,7 +207,7 @@ class RuleWalker {
   qs_status ReportGroup(const Text& folder, const Text& pattern, const Text& name,
                         const Enclosing& enclosing) {
     JunkFileContext context = {
-        scan_, next_group_id_++, enclosing.group_id, name, folder, preselect_, true};
+        scan_, next_group_id_++, enclosing.group_id, name, folder, preselect_, true, {}};
     return EnumerateFiles(folder, Options(pattern, true), OnJunkFileFound, &context);
   }
 

@@ -1,7 +1,6 @@
 #include "scan/large_file_scan.h"
 
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "base/ascii.h"
@@ -16,42 +15,45 @@ namespace {
 struct LargeFileContext {
   ProductScan& scan;
   const ProtectedFolders* protection;
+  ReportRow row;  // kept, with the room of its texts
 };
 
-Text FolderTextOf(TextView path) {
+TextView FolderTextOf(TextView path) {
   const std::size_t last = LastSeparator(path);
-  return last == TextView::npos ? Text() : Text(path.substr(0, last));
+  return last == TextView::npos ? TextView() : path.substr(0, last);
 }
 
-ReportRow LargeFileRow(Text path, std::int64_t size, std::uint64_t modified, const Char* name) {
-  const LargeFileCategory category = ClassifyLargeFile(path);
-  ReportRow row;
+// The rest of a row whose path is there.
+void FillRow(ReportRow& row, std::int64_t size, std::uint64_t modified, const Char* name) {
+  const LargeFileCategory category = ClassifyLargeFile(row.path);
   row.name = name;
   row.title = GroupWordOf(category);
-  row.location = FolderTextOf(path);
-  row.path = std::move(path);
+  row.location = FolderTextOf(row.path);
   row.group_id = static_cast<std::uint64_t>(category) + 1;
   row.kind = RowKind::kLargeFile;
   row.size = size;
   row.modified = modified;
   row.deletable = true;
   row.large_class = category;
-  return row;
 }
 
 void OnLargeFileFound(void* user, const Char* path, std::uint64_t size, std::uint64_t last_write,
                       const Char* name) {
-  const auto& context = *static_cast<const LargeFileContext*>(user);
+  auto& context = *static_cast<LargeFileContext*>(user);
   const auto signed_size = static_cast<std::int64_t>(size);
   context.scan.ReportProgress(path, signed_size);
   // Most files end here, before their path is copied.
   if (!IsLargeFile(signed_size)) {
     return;
   }
-  Text owned_path(path);
-  if (BelongsInLargeFileReport(owned_path, signed_size, context.protection)) {
-    context.scan.AppendRow(LargeFileRow(std::move(owned_path), signed_size, last_write, name));
+  // The walk keeps out of protected folders, so that the name says whether the file is one.
+  if (IsIgnoredFile(name) ||
+      (context.protection != nullptr && context.protection->ContainsFile(path, name))) {
+    return;
   }
+  context.row.path = path;
+  FillRow(context.row, signed_size, last_write, name);
+  context.scan.AppendRow(context.row);
 }
 
 }  // namespace
@@ -75,7 +77,7 @@ qs_status RunLargeFileScan(ProductScan& scan, const OwnedRequest& request) {
   if (request.protect_system) {
     protection.emplace(request.system_root, request.user_home);
   }
-  LargeFileContext context = {scan, protection ? &*protection : nullptr};
+  LargeFileContext context = {scan, protection ? &*protection : nullptr, {}};
   const FileWalkOptions options = {.pattern = {},
                                    .recursive = true,
                                    .protection = context.protection,

@@ -122,7 +122,8 @@ bool ProductScan::LeavesNoCopy(const CleanList& list) const {
   for (const std::size_t index : list) {
     left.emplace(rows_[index].group_id, 0);
   }
-  for (const StoredRow& row : rows_) {
+  for (std::size_t i = 0; i < rows_.size(); ++i) {
+    const StoredRow& row = rows_[i];
     if (row.kind == RowKind::kDuplicate && IsCopy(row)) {
       if (const auto group = left.find(row.group_id); group != left.end()) {
         ++group->second;

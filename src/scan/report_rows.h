@@ -5,9 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 
 #include "base/arena.h"
+#include "base/block_list.h"
 #include "base/text.h"
 #include "scan/report_row.h"
 
@@ -23,19 +23,17 @@ struct StoredRow : RowNumbers {
 
 class ReportRows {
  public:
-  // Copies the row behind the others, under this id. Where memory runs out, the report is as it was.
+  // Copies the row behind the others, under this id. Where memory runs out, the report is as it
+  // was.
   void Append(const ReportRow& row, std::uint64_t item_id);
 
   std::size_t size() const { return rows_.size(); }
   const StoredRow& operator[](std::size_t index) const { return rows_[index]; }
-  auto begin() const { return rows_.begin(); }
-  auto end() const { return rows_.end(); }
 
   void MarkDeleted(std::size_t index) { rows_[index].deleted = true; }
 
  private:
-  // A deque: a growing vector would move every row while the readers wait.
-  std::deque<StoredRow> rows_;
+  BlockList<StoredRow> rows_;
   Arena texts_;
 };
 

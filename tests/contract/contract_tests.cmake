@@ -5,6 +5,7 @@ set(QUASTEL_CONTRACT_TESTS
   contract/clock_contract_test.cpp
   contract/file_contract_test.cpp
   contract/full_path_contract_test.cpp
+  contract/full_path_of_files_contract_test.cpp
   contract/process_contract_test.cpp
   contract/removal_contract_test.cpp
   contract/rename_contract_test.cpp

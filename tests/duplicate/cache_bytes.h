@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,8 +15,22 @@
 
 namespace quastel::duplicate_tests {
 
-using duplicate::CacheEntry;
-using duplicate::CacheMap;
+// A cache as the tests think of it.
+struct CacheEntry {
+  std::uint64_t size = 0;
+  std::uint64_t last_write = 0;
+  std::uint64_t confirmed_time = 0;
+  std::string sample;
+  std::string full_hash;
+};
+using CacheMap = std::map<Text, CacheEntry>;
+
+// The same as the library has it, and back.
+duplicate::HashCache CacheOf(const CacheMap& entries);
+CacheMap EntriesOf(const duplicate::HashCache& cache);
+
+CacheMap LoadCache(const Text& location, std::uint32_t* cancel);
+void SaveCache(const Text& location, const CacheMap& entries, std::uint32_t* cancel);
 
 inline constexpr std::uint64_t kNow = 133'500'000'000'000'000;
 inline constexpr std::uint64_t kHour = 36'000'000'000;
@@ -59,11 +74,9 @@ class CacheTest : public ::testing::Test {
 
   void Put(std::string_view bytes) { machine_.AddFile(location_, bytes); }
   void Put(const Bytes& bytes) { Put(bytes.text); }
-  CacheMap Load(std::uint32_t* cancel = nullptr) {
-    return duplicate::LoadDuplicateCache(location_, cancel);
-  }
+  CacheMap Load(std::uint32_t* cancel = nullptr) { return LoadCache(location_, cancel); }
   void Save(const CacheMap& cache, std::uint32_t* cancel = nullptr) {
-    duplicate::SaveDuplicateCache(location_, cache, cancel);
+    SaveCache(location_, cache, cancel);
   }
   void Record() {
     machine_.ClearRecord();

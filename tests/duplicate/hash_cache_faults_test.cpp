@@ -264,20 +264,24 @@ void SweepAllocations(const std::function<void()>& prepare, const std::function<
 
 TEST_F(CacheFaults, A_lack_of_memory_while_reading_gives_nothing_in_part_and_leaves_no_handle) {
   const CacheMap old = NumberedEntries(40);
-  CacheMap loaded;
-  SweepAllocations([&] { loaded.clear(); }, [&] { loaded = Load(); },
+  duplicate::HashCache loaded;
+  SweepAllocations([&] { loaded = {}; },
+                   [&] { loaded = duplicate::LoadDuplicateCache(location_, nullptr); },
                    [&](bool failed, bool) {
-                     EXPECT_TRUE(Same(loaded, old) || (failed && loaded.empty()));
+                     EXPECT_TRUE(Same(EntriesOf(loaded), old) || (failed && loaded.empty()));
                      EXPECT_EQ(machine_.open_handles(), 0u);
                    });
 }
 
 TEST_F(CacheFaults, A_lack_of_memory_while_reading_is_no_error) {
-  SweepAllocations([] {}, [&] { Load(); }, [](bool, bool thrown) { EXPECT_FALSE(thrown); });
+  SweepAllocations([] {}, [&] { duplicate::LoadDuplicateCache(location_, nullptr); },
+                   [](bool, bool thrown) { EXPECT_FALSE(thrown); });
 }
 
 TEST_F(CacheFaults, A_lack_of_memory_while_writing_leaves_a_whole_file_and_no_other) {
-  SweepAllocations([&] { machine_.AddFile(location_, old_); }, [&] { Save(cache_); },
+  const duplicate::HashCache cache = CacheOf(cache_);
+  SweepAllocations([&] { machine_.AddFile(location_, old_); },
+                   [&] { duplicate::SaveDuplicateCache(location_, cache, nullptr); },
                    [&](bool failed, bool) {
                      EXPECT_TRUE(failed ? IsOld() || IsNew() : IsNew());
                      EXPECT_FALSE(machine_.Exists(temporary_));
@@ -286,7 +290,9 @@ TEST_F(CacheFaults, A_lack_of_memory_while_writing_leaves_a_whole_file_and_no_ot
 }
 
 TEST_F(CacheFaults, A_lack_of_memory_while_writing_is_no_error) {
-  SweepAllocations([] {}, [&] { Save(cache_); }, [](bool, bool thrown) { EXPECT_FALSE(thrown); });
+  const duplicate::HashCache cache = CacheOf(cache_);
+  SweepAllocations([] {}, [&] { duplicate::SaveDuplicateCache(location_, cache, nullptr); },
+                   [](bool, bool thrown) { EXPECT_FALSE(thrown); });
 }
 
 }  // namespace

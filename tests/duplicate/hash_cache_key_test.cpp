@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "duplicate/hash_cache.h"
+#include "duplicate/cache_key.h"
 #include "duplicate/machine.h"
 
 namespace quastel::duplicate_tests {
@@ -70,6 +70,58 @@ TEST(CacheKey, Of_a_long_path_is_whole_or_as_given_whichever_call_fails) {
     machine.FailCall(Call::kFullPathName, nth);
     const std::string key = Utf8(CacheKeyOf(path));
     EXPECT_EQ(key, machine.faults_injected() == 0 ? whole : given) << nth;
+  }
+}
+
+// ---- The keys of many files
+
+// Names that the system keeps, and names that it changes or takes for something else.
+const std::vector<Text>& Names() {
+  static const std::vector<Text>* const names = new std::vector<Text>{
+      u"A.TXT", u"a",      u"a b",     u".hidden", u"a.",           u"a..",    u"a ",    u"a. .",
+      u"...",   u"CON",    u"con.txt", u"Console", u"nul",          u"NUL.",   u"aux.h", u"prn",
+      u"com1",  u"COM9.x", u"lpt1",    u"compute", u"\u00c9\u0416", u"\xd801", u"x.y.z", u"AUX"};
+  return *names;
+}
+
+TEST(CacheKeys, Of_files_are_those_of_their_paths) {
+  SimulatedWindows machine;
+  machine.AddFolder(u"C:\\Work\\Sub");
+  machine.SetCurrentFolder(u"C:\\Work");
+  duplicate::CacheKeys keys;
+  const std::vector<Text> folders = {
+      u"C:\\",        u"C:\\Data\\", u"C:/Data/", u"C:\\Data\\\\",           u"C:\\a\\..\\b\\",
+      u"C:\\dots.\\", u"Sub\\",      u".\\",      u"\\\\Server\\Share\\F\\", u"\\\\?\\C:\\D.\\",
+      u"C:\\nul\\",   u"\\"};
+  for (const Text& folder : folders) {
+    for (const Text& name : Names()) {
+      EXPECT_EQ(Utf8(keys.Of(folder, name)), Utf8(CacheKeyOf(folder + name)))
+          << Utf8(folder) << " and " << Utf8(name);
+    }
+  }
+  EXPECT_EQ(Utf8(keys.Of(u"", u"A.TXT")), "c:\\work\\a.txt");
+}
+
+TEST(CacheKeys, Of_one_folder_ask_the_system_for_the_folder_alone) {
+  SimulatedWindows machine;
+  duplicate::CacheKeys keys;
+  const Text folder = u"C:\\Data\\";
+  EXPECT_EQ(Utf8(keys.Of(folder, u"first")), "c:\\data\\first");
+  const std::uint64_t calls = machine.CallCount(Call::kFullPathName);
+  for (int i = 0; i < 100; ++i) {
+    keys.Of(folder, support::Wide("File" + std::to_string(i)));
+  }
+  EXPECT_EQ(machine.CallCount(Call::kFullPathName), calls);
+}
+
+TEST(CacheKeys, Where_the_folder_cannot_be_resolved_are_those_of_the_paths_all_the_same) {
+  SimulatedWindows machine;
+  for (std::uint64_t nth = 1; nth <= 4; ++nth) {
+    machine.ClearFaults();
+    duplicate::CacheKeys keys;
+    machine.FailCall(Call::kFullPathName, nth);
+    const Text folder = u"C:\\Data\\";
+    EXPECT_EQ(Utf8(keys.Of(folder, u"A")), "c:\\data\\a") << nth;
   }
 }
 

@@ -11,7 +11,6 @@
 namespace quastel::duplicate_tests {
 namespace {
 
-using duplicate::SaveDuplicateCache;
 using StringLines = std::vector<std::string>;
 
 class CacheWriter : public CacheTest {
@@ -157,14 +156,14 @@ TEST_F(CacheWriter, Entries_are_written_as_they_are_expired_or_not) {
 
 TEST_F(CacheWriter, Without_a_location_asks_the_system_nothing) {
   Record();
-  SaveDuplicateCache(Text(), cache_, nullptr);
+  SaveCache(Text(), cache_, nullptr);
   EXPECT_TRUE(machine_.record().empty()) << ::testing::PrintToString(CallsIn(machine_));
 }
 
 TEST_F(CacheWriter, Without_a_separator_in_the_location_nothing_is_made) {
   Record();
-  SaveDuplicateCache(u"cache.bin", cache_, nullptr);
-  SaveDuplicateCache(u"C:cache.bin", cache_, nullptr);
+  SaveCache(u"cache.bin", cache_, nullptr);
+  SaveCache(u"C:cache.bin", cache_, nullptr);
   EXPECT_EQ(Count(Call::kCreateFolderTree), 0u);
   EXPECT_EQ(Count(Call::kOpenFile), 0u);
 }
@@ -176,7 +175,7 @@ TEST_F(CacheWriter, The_folder_is_the_location_up_to_its_last_separator_of_eithe
            {u"\\\\server\\share\\x\\c.bin", "\\\\server\\share\\x"}}) {
     machine_.AddShare(u"\\\\server\\share");
     Record();
-    SaveDuplicateCache(location, cache_, nullptr);
+    SaveCache(location, cache_, nullptr);
     ASSERT_FALSE(machine_.record().empty());
     EXPECT_EQ(CallsIn(machine_)[0], std::string("CreateFolderTree ") + folder);
     EXPECT_TRUE(machine_.ContentOf(location) == FileOf(cache_)) << folder;
@@ -257,23 +256,23 @@ TEST_F(CacheWriter, A_long_location_is_written_in_its_extended_form) {
   const Text folder = support::NestedTo(240, u"C:\\deep");
   const Text location = folder + u"\\duplicate-hashes-v1.bin";
   Record();
-  SaveDuplicateCache(location, cache_, nullptr);
+  SaveCache(location, cache_, nullptr);
   EXPECT_EQ(machine_.CallCountFor(Call::kOpenFile, u"\\\\?\\" + location + u".tmp"), 1u);
   EXPECT_TRUE(machine_.ContentOf(location) == FileOf(cache_));
   EXPECT_FALSE(machine_.Exists(location + u".tmp"));
-  EXPECT_TRUE(Same(duplicate::LoadDuplicateCache(location, nullptr), cache_));
+  EXPECT_TRUE(Same(LoadCache(location, nullptr), cache_));
 }
 
 TEST_F(CacheWriter, A_temporary_name_alone_may_be_a_long_path) {
   const Text location = support::PaddedTo(246, u"C:\\");
-  SaveDuplicateCache(location, cache_, nullptr);
+  SaveCache(location, cache_, nullptr);
   EXPECT_TRUE(machine_.ContentOf(location) == FileOf(cache_));
   EXPECT_FALSE(machine_.Exists(location + u".tmp"));
 }
 
 TEST_F(CacheWriter, A_folder_beyond_the_shell_s_limit_ends_writing_silently) {
   const Text location = support::NestedTo(300, u"C:\\deep") + u"\\c.bin";
-  SaveDuplicateCache(location, cache_, nullptr);
+  SaveCache(location, cache_, nullptr);
   EXPECT_EQ(Count(Call::kOpenFile), 0u);
   EXPECT_FALSE(machine_.Exists(location));
 }
@@ -281,7 +280,7 @@ TEST_F(CacheWriter, A_folder_beyond_the_shell_s_limit_ends_writing_silently) {
 TEST_F(CacheWriter, A_profile_on_a_share_has_its_cache_there) {
   machine_.AddShare(u"\\\\server\\share");
   const Text location = duplicate::CacheLocationOf(u"\\\\server\\share\\u");
-  SaveDuplicateCache(location, cache_, nullptr);
+  SaveCache(location, cache_, nullptr);
   EXPECT_TRUE(machine_.ContentOf(location) == FileOf(cache_));
 }
 

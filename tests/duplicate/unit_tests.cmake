@@ -1,6 +1,8 @@
 quastel_host_test(duplicate_unit_tests
   duplicate/allocation_meter.cpp
   duplicate/cache_bytes.cpp
+  duplicate/candidate_list_test.cpp
+  duplicate/digest_text_test.cpp
   duplicate/file_block_test.cpp
   duplicate/file_hash_faults_test.cpp
   duplicate/file_hash_test.cpp
@@ -15,6 +17,7 @@ quastel_host_test(duplicate_unit_tests
   duplicate/hash_exports_test.cpp
   duplicate/hash_text_test.cpp
   duplicate/open_record.cpp
+  duplicate/sample_order_test.cpp
   duplicate/sample_test.cpp
   duplicate/scan_include_test.cpp
   duplicate/short_transfers.cpp

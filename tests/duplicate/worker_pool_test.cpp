@@ -15,27 +15,22 @@
 namespace quastel::duplicate_tests {
 namespace {
 
-using duplicate::HashWorkItem;
+using duplicate::DigestText;
 using duplicate::ParallelStage;
 using duplicate::RunParallel;
 using duplicate::StageEnd;
+using duplicate::WorkItem;
 
 // A stage of `count` items that counts what is done to each.
 class CountingStage {
  public:
-  explicit CountingStage(std::size_t count)
-      : worked(count), shown(count), done(count), paths_(count) {
-    for (std::size_t i = 0; i < count; ++i) {
-      paths_[i] = Wide("C:\\item" + std::to_string(i));
-    }
-  }
+  explicit CountingStage(std::size_t count) : worked(count), shown(count), done(count) {}
 
   ParallelStage Get() {
     return ParallelStage{
-        .count = paths_.size(),
+        .count = done.size(),
         .should_stop = [this] { return stop_asked(); },
         .is_done = [this](std::size_t i) { return done[i] != 0; },
-        .path_of = [this](std::size_t i) -> const Text& { return paths_[i]; },
         .work =
             [this](std::size_t i) {
               ++worked[i];
@@ -44,8 +39,8 @@ class CountingStage {
               }
             },
         .progress =
-            [this](const Text& path) {
-              ++shown[static_cast<std::size_t>(&path - paths_.data())];
+            [this](std::size_t i) {
+              ++shown[i];
               if (during_progress) {
                 during_progress();
               }
@@ -75,9 +70,6 @@ class CountingStage {
   std::function<bool()> stop_asked = [] { return false; };
   std::function<void(std::size_t)> during_work;
   std::function<void()> during_progress;
-
- private:
-  std::vector<Text> paths_;
 };
 
 void ExpectAllJoined(const SimulatedWindows& machine, std::uint64_t started) {
@@ -205,27 +197,23 @@ TEST(WorkerPool, Does_not_ask_to_stop_when_there_is_nothing_to_do) {
 
 TEST(WorkItems, Get_the_result_of_their_work_and_stay_empty_when_it_failed) {
   SimulatedWindows machine;
-  const Text path = u"C:\\item";
-  std::vector<HashWorkItem> items(5);
-  for (HashWorkItem& item : items) {
-    item.path = &path;
-  }
-  items[1].result = "known";
+  std::vector<WorkItem> items(5);
+  items[1].result = DigestText::Of("known");
   std::atomic<int> calls{0};
   const StageEnd end = RunParallel(
       std::span(items), 2, [] { return false; },
-      [&](const HashWorkItem& item) -> std::optional<std::string> {
+      [&](const WorkItem& item) {
         ++calls;
-        return &item == &items[3] ? std::nullopt : std::optional<std::string>("new");
+        return &item == &items[3] ? DigestText() : DigestText::Of("new");
       },
-      [](const Text&) {});
+      [](const WorkItem&) {});
   EXPECT_EQ(end, StageEnd::kFinished);
   EXPECT_EQ(calls, 4);
-  EXPECT_EQ(items[0].result, "new");
-  EXPECT_EQ(items[1].result, "known");
-  EXPECT_EQ(items[2].result, "new");
-  EXPECT_EQ(items[3].result, "");
-  EXPECT_EQ(items[4].result, "new");
+  EXPECT_EQ(items[0].result.Get(), "new");
+  EXPECT_EQ(items[1].result.Get(), "known");
+  EXPECT_EQ(items[2].result.Get(), "new");
+  EXPECT_EQ(items[3].result.Get(), "");
+  EXPECT_EQ(items[4].result.Get(), "new");
 }
 
 // ---- Stopping

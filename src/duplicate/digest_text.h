@@ -1,0 +1,67 @@
+// The texts that the duplicate finder tells files apart by, in 16 bytes each.
+//
+// Nearly all of them are one hash, or a head hash, "|" and a tail hash: those are kept as numbers.
+// Whatever else a cache file holds, and the digits of a small file's content, stays a text
+// somewhere else that this points to.
+
+#ifndef QUASTEL_DUPLICATE_DIGEST_TEXT_H_
+#define QUASTEL_DUPLICATE_DIGEST_TEXT_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace quastel::duplicate {
+
+class DigestText {
+ public:
+  // The empty text.
+  DigestText() noexcept : text_(nullptr) {}
+
+  // The text, packed if it can be. Otherwise this points to it, and it has to outlive this.
+  static DigestText Of(std::string_view text) noexcept;
+
+  // `head` and `tail` with a "|" between them, if both are hashes; empty otherwise.
+  static DigestText OfHashes(const DigestText& head, const DigestText& tail) noexcept;
+
+  bool empty() const { return form_ == Form::kText && length_ == 0; }
+  std::size_t size() const;
+
+  // Whether there is a "|" in the text, and what stands before the first.
+  bool has_tail() const;
+  DigestText head() const noexcept;
+
+  // Whether this points to a text somewhere else.
+  bool refers() const { return form_ == Form::kText && length_ > 0; }
+
+  void AppendTo(std::string& text) const;
+  std::string Get() const;
+
+  // As the texts compare, byte by byte.
+  friend bool operator==(const DigestText& a, const DigestText& b) { return Compare(a, b) == 0; }
+  friend bool operator<(const DigestText& a, const DigestText& b) { return Compare(a, b) < 0; }
+
+ private:
+  enum class Form : std::uint8_t { kText, kHash, kHashes };
+
+  // Numbers whose order is the order of their digits.
+  struct Hashes {
+    std::uint32_t head;
+    std::uint32_t tail;
+  };
+
+  static int Compare(const DigestText& a, const DigestText& b);
+
+  union {
+    Hashes hashes_;
+    const char* text_;
+  };
+  std::uint16_t length_ = 0;  // of the text
+  Form form_ = Form::kText;
+};
+static_assert(sizeof(DigestText) == 16);
+
+}  // namespace quastel::duplicate
+
+#endif  // QUASTEL_DUPLICATE_DIGEST_TEXT_H_

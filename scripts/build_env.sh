@@ -58,6 +58,7 @@ install_for_windows() {
   [[ -x /usr/lib/wine/wine64 || -x /usr/bin/wine64 ]] || want_package wine64
   want_command python3 python3
   want_command taskset util-linux
+  want_command pkg-config pkgconf
   want_file /usr/src/googletest/CMakeLists.txt googletest
   want_file /usr/include/CLI/CLI.hpp libcli11-dev
   want_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
@@ -88,6 +89,35 @@ install_for_bindings() {
   want_command npm npm
   want_command mcs mono-mcs
   want_command mono mono-runtime
+  install_missing
+}
+
+# What the static checks need.
+install_for_checks() {
+  want_command cppcheck cppcheck
+  if ! command -v clang-tidy-14 >/dev/null; then
+    # The checks were chosen for this version; where there is no such package any one has to do.
+    if apt-cache show clang-tidy-14 >/dev/null 2>&1; then
+      missing_packages+=(clang-tidy-14)
+    else
+      want_command clang-tidy clang-tidy
+    fi
+  fi
+  install_missing
+}
+
+# What the tests of the client's pages need: a browser, and a way to drive it.
+install_for_html() {
+  want_command chromium chromium
+  want_command chromedriver chromium-driver
+  want_package python3-selenium
+  install_missing
+}
+
+# What the tests of the documents need: the pages about the interface, and the schema of the reports.
+install_for_docs() {
+  want_command doxygen doxygen
+  want_package python3-jsonschema
   install_missing
 }
 

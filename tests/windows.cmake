@@ -54,6 +54,8 @@ quastel_windows_test(contract_tests ${QUASTEL_CONTRACT_TESTS} contract/real_mach
 target_link_libraries(contract_tests PRIVATE quastel_win32)
 target_include_directories(contract_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 
+include(stress/windows_tests.cmake)
+
 if(TARGET quastel)
   include(client/tests.cmake)
 endif()

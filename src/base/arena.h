@@ -36,7 +36,7 @@ class Arena {
   }
 
  private:
-  static constexpr std::size_t kBlockSize = 64 * 1024;
+  static constexpr std::size_t kBlockSize = std::size_t{64} * 1024;
   // What is larger gets a block of its own, so that little of the current one is wasted.
   static constexpr std::size_t kLargestShare = kBlockSize / 16;
 

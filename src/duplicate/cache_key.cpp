@@ -33,7 +33,7 @@ Text CacheKeyOf(const Text& path) {
   return key;
 }
 
-CacheKeys::CacheKeys() : folded_ascii_{} {
+CacheKeys::CacheKeys() {
   for (std::size_t i = 0; i < folded_ascii_.size(); ++i) {
     const auto c = static_cast<Char>(i);
     folded_ascii_[i] = c == Char{'/'} ? Char{'\\'} : platform::FoldWide(c);

@@ -26,7 +26,7 @@ class CacheKeys {
   void EnterFolder(TextView folder);
   Char Fold(Char c) const;
 
-  std::array<Char, 128> folded_ascii_;
+  std::array<Char, 128> folded_ascii_ = {};
   TextView folder_;
   bool is_resolved_ = false;
   std::size_t folder_length_ = 0;

@@ -1,7 +1,7 @@
 #include "duplicate/digest_text.h"
 
+#include <bit>
 #include <optional>
-#include <tuple>
 
 #include "duplicate/hash_text.h"
 
@@ -33,30 +33,33 @@ void AppendDigits(std::uint32_t number, std::string& text) {
 
 }  // namespace
 
-DigestText DigestText::Of(std::string_view text) noexcept {
+DigestText DigestText::OfNumbers(std::uint64_t head, std::uint64_t tail, Form form) noexcept {
   DigestText packed;
+  packed.value_ = head << 32 | tail;
+  packed.form_ = form;
+  return packed;
+}
+
+DigestText DigestText::Of(std::string_view text) noexcept {
   const bool may_be_two = text.size() == kHashesLength && text[kHashTextLength] == kTailMark;
   if (may_be_two || text.size() == kHashTextLength) {
-    const auto head = NumberOf(text.substr(0, kHashTextLength));
-    const auto tail = may_be_two ? NumberOf(text.substr(kHashTextLength + 1)) : 0;
-    if (head && tail) {
-      packed.hashes_ = {*head, *tail};
-      packed.form_ = may_be_two ? Form::kHashes : Form::kHash;
-      return packed;
+    const auto first = NumberOf(text.substr(0, kHashTextLength));
+    const auto second = may_be_two ? NumberOf(text.substr(kHashTextLength + 1)) : 0;
+    if (first && second) {
+      return OfNumbers(*first, *second, may_be_two ? Form::kHashes : Form::kHash);
     }
   }
-  packed.text_ = text.data();
+  DigestText packed;
+  packed.value_ = std::bit_cast<std::uint64_t>(text.data());
   packed.length_ = static_cast<std::uint16_t>(text.size());
   return packed;
 }
 
 DigestText DigestText::OfHashes(const DigestText& head, const DigestText& tail) noexcept {
-  DigestText packed;
   if (head.form_ == Form::kHash && tail.form_ == Form::kHash) {
-    packed.hashes_ = {head.hashes_.head, tail.hashes_.head};
-    packed.form_ = Form::kHashes;
+    return OfNumbers(head.head_number(), tail.head_number(), Form::kHashes);
   }
-  return packed;
+  return {};
 }
 
 std::size_t DigestText::size() const {
@@ -64,39 +67,32 @@ std::size_t DigestText::size() const {
 }
 
 bool DigestText::has_tail() const {
-  return form_ == Form::kHashes ||
-         (refers() && std::string_view(text_, length_).find(kTailMark) != std::string_view::npos);
+  return form_ == Form::kHashes || (refers() && text().find(kTailMark) != std::string_view::npos);
 }
 
 DigestText DigestText::head() const noexcept {
-  DigestText head = *this;
   if (refers()) {
-    const std::string_view text(text_, length_);
-    return Of(text.substr(0, text.find(kTailMark)));
+    return Of(text().substr(0, text().find(kTailMark)));
   }
-  if (form_ == Form::kHashes) {
-    head.hashes_.tail = 0;
-    head.form_ = Form::kHash;
-  }
-  return head;
+  return form_ == Form::kHashes ? OfNumbers(head_number(), 0, Form::kHash) : *this;
 }
 
-void DigestText::AppendTo(std::string& text) const {
+void DigestText::AppendTo(std::string& out) const {
   if (form_ == Form::kText) {
-    text.append(std::string_view(text_, length_));
+    out.append(text());
     return;
   }
-  AppendDigits(hashes_.head, text);
+  AppendDigits(head_number(), out);
   if (form_ == Form::kHashes) {
-    text += kTailMark;
-    AppendDigits(hashes_.tail, text);
+    out += kTailMark;
+    AppendDigits(tail_number(), out);
   }
 }
 
 std::string DigestText::Get() const {
-  std::string text;
-  AppendTo(text);
-  return text;
+  std::string out;
+  AppendTo(out);
+  return out;
 }
 
 int DigestText::Compare(const DigestText& a, const DigestText& b) {
@@ -104,12 +100,9 @@ int DigestText::Compare(const DigestText& a, const DigestText& b) {
     return a.Get().compare(b.Get());
   }
   if (a.form_ == Form::kText) {
-    return std::string_view(a.text_, a.length_).compare({b.text_, b.length_});
+    return a.text().compare(b.text());
   }
-  const auto numbers = [](const DigestText& digest) {
-    return std::tuple(digest.hashes_.head, digest.hashes_.tail);
-  };
-  return numbers(a) < numbers(b) ? -1 : numbers(b) < numbers(a) ? 1 : 0;
+  return a.value_ < b.value_ ? -1 : b.value_ < a.value_ ? 1 : 0;
 }
 
 }  // namespace quastel::duplicate

@@ -7,6 +7,7 @@
 #ifndef QUASTEL_DUPLICATE_DIGEST_TEXT_H_
 #define QUASTEL_DUPLICATE_DIGEST_TEXT_H_
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -17,7 +18,7 @@ namespace quastel::duplicate {
 class DigestText {
  public:
   // The empty text.
-  DigestText() noexcept : text_(nullptr) {}
+  DigestText() noexcept = default;
 
   // The text, packed if it can be. Otherwise this points to it, and it has to outlive this.
   static DigestText Of(std::string_view text) noexcept;
@@ -35,7 +36,7 @@ class DigestText {
   // Whether this points to a text somewhere else.
   bool refers() const { return form_ == Form::kText && length_ > 0; }
 
-  void AppendTo(std::string& text) const;
+  void AppendTo(std::string& out) const;
   std::string Get() const;
 
   // As the texts compare, byte by byte.
@@ -45,18 +46,16 @@ class DigestText {
  private:
   enum class Form : std::uint8_t { kText, kHash, kHashes };
 
-  // Numbers whose order is the order of their digits.
-  struct Hashes {
-    std::uint32_t head;
-    std::uint32_t tail;
-  };
-
+  static DigestText OfNumbers(std::uint64_t head, std::uint64_t tail, Form form) noexcept;
   static int Compare(const DigestText& a, const DigestText& b);
 
-  union {
-    Hashes hashes_;
-    const char* text_;
-  };
+  std::uint32_t head_number() const { return static_cast<std::uint32_t>(value_ >> 32); }
+  std::uint32_t tail_number() const { return static_cast<std::uint32_t>(value_); }
+  std::string_view text() const { return {std::bit_cast<const char*>(value_), length_}; }
+
+  // The numbers of the hashes, whose order is the order of their digits, the head in the upper
+  // half; or where the text is.
+  std::uint64_t value_ = 0;
   std::uint16_t length_ = 0;  // of the text
   Form form_ = Form::kText;
 };

@@ -20,8 +20,7 @@ struct SizeRun {
 DecimalOrder::DecimalOrder(std::int64_t number)
     : is_positive_(number >= 0),
       digits_(is_positive_ ? static_cast<std::uint64_t>(number)
-                           : 0 - static_cast<std::uint64_t>(number)),
-      length_(1) {
+                           : 0 - static_cast<std::uint64_t>(number)) {
   constexpr std::uint32_t kMostDigits = 19;
   for (std::uint64_t rest = digits_; rest >= 10; rest /= 10) {
     ++length_;

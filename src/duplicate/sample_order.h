@@ -19,12 +19,13 @@ class DecimalOrder {
  public:
   explicit DecimalOrder(std::int64_t number);
 
+  // NOLINTNEXTLINE(modernize-use-nullptr,readability-implicit-bool-conversion): nobody wrote these.
   friend auto operator<=>(const DecimalOrder&, const DecimalOrder&) = default;
 
  private:
   bool is_positive_;      // a minus sign comes before every digit
   std::uint64_t digits_;  // with zeros behind them, up to the longest number
-  std::uint32_t length_;
+  std::uint32_t length_ = 1;
 };
 
 // Puts the files, which are in the order of their sizes, into that of their group keys. Equal keys

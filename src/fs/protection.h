@@ -30,7 +30,7 @@ class ProtectedFolders {
 
  private:
   std::array<Text, 6> folders_;
-  std::array<std::size_t, 6> leaf_lengths_;  // of the folders' own names
+  std::array<std::size_t, 6> leaf_lengths_ = {};  // of the folders' own names
 };
 
 }  // namespace quastel

@@ -33,13 +33,13 @@ struct Enclosing {
 // One folder on its way into the report; the walk's callback fills it.
 struct JunkFileContext {
   ProductScan& scan;
-  std::uint64_t group_id;
-  std::uint64_t parent_group_id;
+  std::uint64_t group_id = 0;
+  std::uint64_t parent_group_id = 0;
   const Text& display_name;
   const Text& folder;
-  bool preselect;
-  bool header_due;  // a folder that turns out to hold no file leaves no header
-  ReportRow row;    // kept, with the room of its texts
+  bool preselect = false;
+  bool header_due = false;  // a folder that turns out to hold no file leaves no header
+  ReportRow row;            // kept, with the room of its texts
 };
 
 ReportRow GroupHeader(std::uint64_t id, std::uint64_t parent_id, const Text& title) {

@@ -4,7 +4,6 @@
 #include "frame/boundary.h"
 #include "fs/protection.h"
 #include "scan/large_file_class.h"
-#include "scan/large_file_scan.h"
 
 int32_t qs_large_scan_include(const qs_char* path, int64_t size, uint32_t protect_system,
                               const qs_char* system_root, const qs_char* user_home) {
@@ -12,8 +11,9 @@ int32_t qs_large_scan_include(const qs_char* path, int64_t size, uint32_t protec
     return 0;
   }
   return quastel::PredicateBoundary([&] {
-    // The protected folders cost system calls, so they are asked for last.
-    if (!quastel::BelongsInLargeFileReport(path, size, nullptr)) {
+    // The size costs least and the protected folders system calls; the answer is the same in any
+    // order.
+    if (!quastel::IsLargeFile(size) || quastel::IsIgnoredFile(path)) {
       return false;
     }
     const bool has_folders = system_root != nullptr && user_home != nullptr;

@@ -5,6 +5,7 @@
 
 #include "base/ascii.h"
 #include "fs/enumeration.h"
+#include "fs/protection.h"
 #include "scan/large_file_class.h"
 #include "scan/product_scan.h"
 #include "scan/root_filter.h"
@@ -14,7 +15,7 @@ namespace {
 
 struct LargeFileContext {
   ProductScan& scan;
-  const ProtectedFolders* protection;
+  const ProtectedFolders* protection = nullptr;
   ReportRow row;  // kept, with the room of its texts
 };
 
@@ -57,13 +58,6 @@ void OnLargeFileFound(void* user, const Char* path, std::uint64_t size, std::uin
 }
 
 }  // namespace
-
-// The size is tested first because it costs least; the answer is the same in any order.
-bool BelongsInLargeFileReport(const Text& path, std::int64_t size,
-                              const ProtectedFolders* protection) {
-  return IsLargeFile(size) && !IsIgnoredFile(path) &&
-         (protection == nullptr || !protection->Contains(path));
-}
 
 qs_status RunLargeFileScan(ProductScan& scan, const OwnedRequest& request) {
   std::vector<Text> roots;

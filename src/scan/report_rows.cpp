@@ -5,7 +5,8 @@ namespace quastel {
 // Most texts stand in another one already: a name ends its path, a parent folder begins it, and the
 // rows of one group share a title and often a location.
 void ReportRows::Append(const ReportRow& row, std::uint64_t item_id) {
-  StoredRow stored = {row, {}, {}, {}, {}};
+  const RowNumbers& numbers = row;
+  StoredRow stored = {numbers, {}, {}, {}, {}};
   stored.item_id = item_id;
   stored.path = texts_.Keep(TextView(row.path));
   stored.name = stored.path.ends_with(row.name)

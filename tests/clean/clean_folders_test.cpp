@@ -32,6 +32,27 @@ class CleanFolders : public CleanTest {
   }
 };
 
+TEST(CleanOfAnObjectWithoutAFolderTest, Removes_no_folder) {
+  SimulatedWindows machine;
+  machine.AddFile(u"C:\\t\\a\\f", "abc");
+  scan_tests::OwnKindScan own;
+  Request request;
+  request.kind = QS_SCAN_KIND_JUNK_RULES;
+  EXPECT_EQ(own.Run(request,
+                    [](ProductScan& scan, const OwnedRequest&) {
+                      ReportRow row = scan_tests::RowOf(RowKind::kJunk, 1, 3, u"C:\\t\\a\\f");
+                      row.modified = scan_tests::kDefaultModified;
+                      row.deletable = true;
+                      scan.AppendRow(row);
+                      return QS_OK;
+                    }),
+            QS_OK);
+  const std::uint64_t id = 0;
+  EXPECT_EQ(own.scan.StartClean(&id, 1), QS_OK);
+  EXPECT_FALSE(machine.Exists(u"C:\\t\\a\\f"));
+  EXPECT_TRUE(machine.Exists(u"C:\\t\\a"));
+}
+
 TEST_F(CleanFolders, The_deeper_file_goes_first_whichever_was_named_first) {
   for (const bool deeper_first : {true, false}) {
     SCOPED_TRACE(deeper_first);

@@ -25,10 +25,14 @@ quastel_host_test(clean_fault_tests
   clean/clean_fault_test.cpp
   clean/clean_fixture.cpp
   clean/clean_lock_faults_test.cpp
+  clean/clean_recycle_fault_test.cpp
+  clean/fault_world.cpp
   faults/allocation_faults.cpp
   faults/lock_faults.cpp
   scan/scan_fixture.cpp
+  support/sweep_record.cpp
 )
+quastel_leaves_sweep_record(clean_fault_tests)
 # faults/lock_faults.cpp steps in front of every mutex.
 target_link_options(clean_fault_tests PRIVATE LINKER:--wrap=pthread_mutex_lock)
 

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -12,15 +11,19 @@
 
 #include "duplicate/duplicate_fixture.h"
 #include "faults/allocation_faults.h"
+#include "faults/call_sweep.h"
 #include "faults/fault_scenario.h"
 #include "platform/thread.h"
 #include "support/named_case.h"
+#include "support/sweep_record.h"
 
 namespace quastel::duplicate_tests {
 namespace {
 
 using faults::AllocationFaults;
+using faults::CallFault;
 using faults::IsPartOf;
+using faults::Met;
 using simulated::Repeat;
 
 constexpr std::uint64_t kTooMany = 20'000;
@@ -203,34 +206,40 @@ class Sweep : public ::testing::TestWithParam<Start> {
     return false;
   }
 
-  std::uint64_t SweepCalls(
-      std::uint32_t processors,
-      const std::function<void(SimulatedWindows& machine, std::uint64_t nth)>& arm) {
-    for (std::uint64_t nth = 1; nth < kTooMany; ++nth) {
-      SCOPED_TRACE("call " + std::to_string(nth));
-      World world(GetParam(), processors);
-      world.machine.SetRecording(true);
-      arm(world.machine, nth);
-      const qs_status status = world.Do();
-      world.machine.SetRecording(false);
-      const Outcome outcome = world.OutcomeAfter(status);
-      if (world.machine.faults_injected() == 0) {
-        EXPECT_EQ(outcome.status, QS_OK);
-        EXPECT_EQ(outcome.rows, full_);
-        return nth - 1;
-      }
-      EXPECT_EQ(outcome.status, CouldNotStartAThread(world.machine) ? QS_FAILED : QS_OK);
-      if (outcome.status == QS_FAILED) {
-        EXPECT_EQ(world.machine.ContentOf(kCacheFile), world.old_cache);
-      }
-      world.CheckAfter(outcome, full_);
-      if (HasFailure()) {
-        return nth;
-      }
+  // A scan of a machine of its own under one fault.
+  Met DoUnder(const CallFault& fault, std::uint32_t processors = 1) {
+    World world(GetParam(), processors);
+    world.machine.SetRecording(true);
+    fault.Arm(world.machine);
+    const qs_status status = world.Do();
+    const Met met = Met::By(world.machine);
+    world.machine.SetRecording(false);
+    const Outcome outcome = world.OutcomeAfter(status);
+    if (!met.call) {
+      EXPECT_EQ(outcome.status, QS_OK);
+      EXPECT_EQ(outcome.rows, full_);
+      return met;
     }
-    ADD_FAILURE() << "the sweep does not end";
-    return kTooMany;
+    EXPECT_EQ(outcome.status, CouldNotStartAThread(world.machine) ? QS_FAILED : QS_OK);
+    const std::optional<std::string> left = world.machine.ContentOf(kCacheFile);
+    if (outcome.status == QS_FAILED) {
+      EXPECT_EQ(left, world.old_cache);
+    }
+    if (fault.kind == CallFault::Kind::kCrash) {
+      // No call before the move may touch it, none behind may undo it.
+      EXPECT_TRUE(left == world.old_cache || left == new_cache_);
+      old_caches_ += left == world.old_cache ? 1 : 0;
+    }
+    world.CheckAfter(outcome, full_);
+    return met;
   }
+
+  void SweepCalls(CallFault::Kind kind) {
+    faults::SweepAndRecord(ScenarioName(), kind, GetParam().fewest_calls,
+                           [this](const CallFault& fault) { return DoUnder(fault); });
+  }
+
+  static std::string ScenarioName() { return std::string("DuplicateScan_") + GetParam().name; }
 
   void Report(std::uint64_t rounds, std::uint64_t fewest) {
     EXPECT_GE(rounds, fewest) << "the sweep has missed something";
@@ -239,44 +248,31 @@ class Sweep : public ::testing::TestWithParam<Start> {
 
   std::vector<Row> full_;
   std::optional<std::string> new_cache_;
+  std::uint64_t old_caches_ = 0;  // crashes after which the cache file was the old one
 };
 
 TEST_P(Sweep, Survives_each_call_failing_once) {
-  Report(SweepCalls(1, [](SimulatedWindows& machine,
-                          std::uint64_t nth) { machine.FailAnyCall(nth, Repeat::kOnce); }),
-         GetParam().fewest_calls);
+  SweepCalls(CallFault::Kind::kOnce);
 }
 
+// Their calls come in another order each time: the n-th one is any call, and stays without a
+// record.
 TEST_P(Sweep, Survives_each_call_of_several_workers_failing_once) {
-  Report(SweepCalls(4, [](SimulatedWindows& machine,
-                          std::uint64_t nth) { machine.FailAnyCall(nth, Repeat::kOnce); }),
-         GetParam().fewest_calls);
+  std::uint64_t nth = 1;
+  while (nth < kTooMany && DoUnder({CallFault::Kind::kOnce, nth, std::nullopt}, 4).call) {
+    ASSERT_FALSE(HasFailure()) << "call " << nth;
+    ++nth;
+  }
+  Report(nth - 1, GetParam().fewest_calls);
 }
 
 TEST_P(Sweep, Survives_every_call_failing_from_one_on) {
-  Report(SweepCalls(1, [](SimulatedWindows& machine,
-                          std::uint64_t nth) { machine.FailAnyCall(nth, Repeat::kFromThenOn); }),
-         GetParam().fewest_calls);
+  SweepCalls(CallFault::Kind::kFromThenOn);
 }
 
 TEST_P(Sweep, Leaves_the_old_or_the_new_cache_whole_when_the_system_dies_at_any_call) {
-  bool old_stayed = false;
-  const std::uint64_t rounds =
-      SweepCalls(1, [](SimulatedWindows& machine, std::uint64_t nth) { machine.CrashAtCall(nth); });
-  Report(rounds, GetParam().fewest_calls);
-  // Once more, for the exact content: no call before the move may touch it, none behind may undo
-  // it.
-  for (std::uint64_t nth = 1; nth <= rounds; ++nth) {
-    SCOPED_TRACE("call " + std::to_string(nth));
-    World world(GetParam());
-    world.machine.CrashAtCall(nth);
-    world.Do();
-    const std::optional<std::string> left = world.machine.ContentOf(kCacheFile);
-    EXPECT_TRUE(left == world.old_cache || left == new_cache_);
-    old_stayed = old_stayed || left == world.old_cache;
-    world.machine.ClearFaults();
-  }
-  EXPECT_TRUE(old_stayed);
+  SweepCalls(CallFault::Kind::kCrash);
+  EXPECT_GT(old_caches_, 0u);
 }
 
 // ---- A cancel on top of a fault
@@ -349,6 +345,7 @@ TEST_P(Sweep, Survives_every_lack_of_memory_of_the_scan_thread) {
       }
     }
     Report(nth - 1, 40);
+    support::RecordSweep(ScenarioName(), support::Swept::kMemoryFailures, nth - 1);
   }
 }
 
@@ -417,6 +414,7 @@ TEST_P(WorkerSweep, Survives_every_lack_of_memory_of_a_worker) {
   std::cout << "[  rounds  ] " << rounds << ", " << failed << " failed scans" << std::endl;
   EXPECT_GE(rounds, 5u);
   EXPECT_GE(failed, 1u);
+  support::RecordSweep(ScenarioName(), support::Swept::kMemoryFailures, rounds);
 }
 
 const Start kCold = {{"cold"}, false, false, 100};

@@ -78,9 +78,10 @@ TEST(CacheKey, Of_a_long_path_is_whole_or_as_given_whichever_call_fails) {
 // Names that the system keeps, and names that it changes or takes for something else.
 const std::vector<Text>& Names() {
   static const std::vector<Text>* const names = new std::vector<Text>{
-      u"A.TXT", u"a",      u"a b",     u".hidden", u"a.",           u"a..",    u"a ",    u"a. .",
-      u"...",   u"CON",    u"con.txt", u"Console", u"nul",          u"NUL.",   u"aux.h", u"prn",
-      u"com1",  u"COM9.x", u"lpt1",    u"compute", u"\u00c9\u0416", u"\xd801", u"x.y.z", u"AUX"};
+      u"A.TXT",  u"a",     u"a b",  u".hidden", u"a.",      u"a..",           u"a ",
+      u"a. .",   u"...",   u"CON",  u"con.txt", u"Console", u"nul",           u"NUL.",
+      u"aux.h",  u"prn",   u"com1", u"COM9.x",  u"lpt1",    u"compute",       u"\u00c9\u0416",
+      u"\xd801", u"x.y.z", u"AUX",  u"\u007f",  u"\u0080",  u"a\u0080\u0081Z"};
   return *names;
 }
 
@@ -100,6 +101,35 @@ TEST(CacheKeys, Of_files_are_those_of_their_paths) {
     }
   }
   EXPECT_EQ(Utf8(keys.Of(u"", u"A.TXT")), "c:\\work\\a.txt");
+}
+
+// A key that begins otherwise than the folder does, as that of a device may.
+TEST(CacheKeys, Behind_one_that_leads_elsewhere_are_those_of_the_folder_again) {
+  SimulatedWindows machine;
+  duplicate::CacheKeys keys;
+  const Text folder = u"C:\\X\\..\\Data\\";
+  EXPECT_EQ(Utf8(keys.Of(folder, u"A")), "c:\\data\\a");
+  machine.ClearFaults();
+  machine.FailCall(Call::kFullPathName, 1);
+  EXPECT_EQ(Utf8(keys.Of(folder, u"NUL")), "c:\\x\\..\\data\\nul");
+  EXPECT_EQ(Utf8(keys.Of(folder, u"B")), "c:\\data\\b");
+}
+
+TEST(CacheKeys, Of_folders_whose_texts_begin_in_the_same_place_are_kept_apart) {
+  SimulatedWindows machine;
+  duplicate::CacheKeys keys;
+  const Text path = u"C:\\Data\\Sub\\";
+  const TextView outer = TextView(path).substr(0, 8);
+  EXPECT_EQ(Utf8(keys.Of(outer, u"A")), "c:\\data\\a");
+  EXPECT_EQ(Utf8(keys.Of(path, u"A")), "c:\\data\\sub\\a");
+  EXPECT_EQ(Utf8(keys.Of(outer, u"B")), "c:\\data\\b");
+}
+
+TEST(CacheKeys, Without_a_name_or_without_the_separator_are_those_of_the_joined_text) {
+  SimulatedWindows machine;
+  duplicate::CacheKeys keys;
+  EXPECT_EQ(Utf8(keys.Of(u"C:\\Data\\", u"")), "c:\\data\\");
+  EXPECT_EQ(Utf8(keys.Of(u"C:\\Dat", u"A.TXT")), "c:\\data.txt");
 }
 
 TEST(CacheKeys, Of_one_folder_ask_the_system_for_the_folder_alone) {

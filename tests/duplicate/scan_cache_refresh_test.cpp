@@ -93,6 +93,41 @@ TEST(CacheRefresh, Leaves_the_entry_of_a_file_whose_second_look_failed) {
   EXPECT_EQ(GroupsOf(ScanData().rows), (Groups{{"C:\\data\\a", "C:\\data\\b"}}));
 }
 
+TEST(CacheRefresh, Leaves_the_entry_whose_sample_would_become_too_long) {
+  SimulatedWindows machine;
+  CacheRecords records;
+  for (const char16_t* name : {u"a", u"b"}) {
+    machine.AddFile(Text(u"C:\\data\\") + name, Bytes(9000));
+    records.push_back({.key = Text(u"c:\\data\\") + name,
+                       .size = 9000,
+                       .sample = std::string(292, 'h'),
+                       .hash = HashOf(Bytes(9000))});
+  }
+  AddCache(machine, records);
+  machine.AdvanceClock(1000);
+  // With the tail and its mark it has one character more than an entry may have.
+  const Outcome scan = ScanData();
+  ASSERT_EQ(scan.rows.size(), 2u);
+  EXPECT_EQ(Utf8(scan.rows[0].location).size(), 5 + 301u + 9);
+  EXPECT_EQ(CacheOf(machine), records) << "not even confirmed";
+}
+
+TEST(CacheRefresh, Notes_the_sample_that_is_just_short_enough) {
+  SimulatedWindows machine;
+  CacheRecords records;
+  for (const char16_t* name : {u"a", u"b"}) {
+    machine.AddFile(Text(u"C:\\data\\") + name, Bytes(9000));
+    records.push_back(
+        {.key = Text(u"c:\\data\\") + name, .size = 9000, .sample = std::string(291, 'h')});
+  }
+  AddCache(machine, records);
+  EXPECT_EQ(ScanData().rows.size(), 2u);
+  for (const CacheRecord& record : CacheOf(machine)) {
+    EXPECT_EQ(record.sample.size(), 300u);
+    EXPECT_EQ(record.hash, HashOf(Bytes(9000)));
+  }
+}
+
 TEST(CacheRefresh, Notes_the_sample_of_a_file_that_could_not_be_hashed) {
   SimulatedWindows machine;
   machine.AddFile(u"C:\\data\\a", Bytes(9000));

@@ -203,6 +203,44 @@ TEST_P(CancelInAStage, Opens_no_further_file) {
 
 INSTANTIATE_TEST_SUITE_P(All, CancelInAStage, ::testing::Range(1, 20));
 
+// Where a stage begins there is no call but that of its clock. That may be read under the lock
+// which a cancel takes, so the flag is set by itself.
+TEST(DuplicateCancel, Between_two_stages_is_seen_by_the_next) {
+  int rounds = 0;
+  std::vector<int> without_effect;
+  for (int nth = 1;; ++nth) {
+    SCOPED_TRACE("reading " + std::to_string(nth));
+    SimulatedWindows machine;
+    machine.SetProcessorCount(1);
+    AddFiles(machine);
+    ProductScan scan(ScanRunners{nullptr, nullptr, duplicate::RunDuplicateScan});
+    std::atomic<int> seen{0};
+    std::atomic<bool> cancelled{false};
+    machine.SetHook([&](const CallRecord& call) {
+      if (call.call == Call::kMonotonicNanoseconds && !cancelled && ++seen == nth) {
+        std::atomic_ref<std::uint32_t>(*scan.cancel_flag()) = 1;
+        cancelled = true;
+      }
+    });
+    Request request = WholeRequest();
+    const qs_status status = scan.Start(request.Get());
+    machine.SetHook(nullptr);
+    if (!cancelled) {
+      EXPECT_EQ(status, QS_OK);
+      break;
+    }
+    ++rounds;
+    EXPECT_FALSE(machine.Exists(kTemporaryFile));
+    if (status != QS_CANCELLED) {
+      EXPECT_EQ(status, QS_OK);
+      without_effect.push_back(nth);
+    }
+  }
+  EXPECT_GE(rounds, 2 * 8);
+  // The readings of the scan's own start and end are before the flag is cleared and behind that.
+  EXPECT_EQ(without_effect, (std::vector<int>{1, rounds}));
+}
+
 TEST(DuplicateCancel, In_full_hashing_keeps_the_groups_of_small_files) {
   CancelledScan test;
   AddFiles(test.machine);

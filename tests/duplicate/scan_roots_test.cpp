@@ -28,6 +28,18 @@ void AddProtectedTree(SimulatedWindows& machine) {
   }
 }
 
+TEST(DuplicateProtection, Leaves_a_file_in_the_place_of_a_protected_folder_out) {
+  SimulatedWindows machine;
+  machine.AddFile(u"C:\\ProgramData", Bytes(9000));
+  machine.AddFile(u"C:\\data\\ProgramData", Bytes(9000));
+  machine.AddFile(u"C:\\data\\copy", Bytes(9000));
+  const Outcome scan = Scan(Protected({u"C:\\"}));
+  EXPECT_EQ(scan.status, QS_OK);
+  EXPECT_EQ(GroupsOf(scan.rows), (Groups{{"C:\\\\data\\copy", "C:\\\\data\\ProgramData"}}));
+  EXPECT_EQ(scan.performance.candidates, 2u);
+  EXPECT_EQ(scan.performance.files_visited, 3u);
+}
+
 TEST(DuplicateProtection, Leaves_the_protected_folders_out_and_opens_nothing_in_them) {
   SimulatedWindows machine;
   AddProtectedTree(machine);

@@ -29,11 +29,16 @@ quastel_host_test(duplicate_scan_tests
 target_link_options(duplicate_scan_tests PRIVATE
   LINKER:--wrap=_ZN7quastel8platform8OpenFileEPKDsjjNS0_11DispositionEj)
 
+# Its own sweeps over the scan, and those of tests/faults over the other exports of this room.
 quastel_host_test(duplicate_fault_tests
+  duplicate/fault_scenarios.cpp
   duplicate/fault_sweep_test.cpp
   faults/fault_scenario.cpp
+  faults/fault_sweep_test.cpp
+  support/sweep_record.cpp
   ${duplicate_sources_of_both}
 )
+quastel_leaves_sweep_record(duplicate_fault_tests)
 
 # The C++ half of the thread sanitizer's runtime insists on its own operator new. Linked as a C
 # program there is only the other half, which sees the allocations of these tests through malloc.

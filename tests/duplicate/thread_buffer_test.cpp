@@ -175,6 +175,26 @@ TEST_F(ThreadBuffers, A_buffer_that_cannot_be_kept_is_a_failure_and_no_leak) {
   EXPECT_EQ(LiveLargeBlocks(), before);
 }
 
+TEST_F(ThreadBuffers, Of_two_threads_that_make_the_slot_at_once_one_gives_its_own_back) {
+  ReleaseThreadBuffers();
+  const std::uint64_t made = machine_.CallCount(Call::kAllocateFiberSlot);
+  const std::uint64_t freed = machine_.CallCount(Call::kFreeFiberSlot);
+  bool is_first = true;
+  machine_.SetHook([&](const CallRecord& call) {
+    if (call.call == Call::kAllocateFiberSlot && std::exchange(is_first, false)) {
+      OnNewThread([] { EXPECT_NE(ThreadBuffer(), nullptr); });
+    }
+  });
+  unsigned char* const buffer = ThreadBuffer();
+  machine_.SetHook(nullptr);
+  EXPECT_NE(buffer, nullptr);
+  EXPECT_EQ(machine_.CallCount(Call::kAllocateFiberSlot), made + 2);
+  EXPECT_EQ(machine_.CallCount(Call::kFreeFiberSlot), freed + 1);
+  EXPECT_EQ(ThreadBuffer(), buffer) << "it is kept in the slot that stayed";
+  OnNewThread([] { EXPECT_NE(ThreadBuffer(), nullptr); });
+  EXPECT_EQ(machine_.CallCount(Call::kAllocateFiberSlot), made + 2);
+}
+
 TEST_F(ThreadBuffers, Unloading_releases_all_of_them_and_the_slot) {
   const std::size_t before = LiveLargeBlocks();
   ASSERT_NE(ThreadBuffer(), nullptr);

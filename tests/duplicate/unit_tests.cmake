@@ -13,6 +13,7 @@ quastel_host_test(duplicate_unit_tests
   duplicate/hash_cache_large_test.cpp
   duplicate/hash_cache_location_test.cpp
   duplicate/hash_cache_reader_test.cpp
+  duplicate/hash_cache_test.cpp
   duplicate/hash_cache_writer_test.cpp
   duplicate/hash_exports_test.cpp
   duplicate/hash_text_test.cpp

@@ -15,13 +15,17 @@
 #include <vector>
 
 #include "faults/allocation_faults.h"
+#include "faults/call_sweep.h"
 #include "fs/deletion_fixture.h"
 #include "platform/shell.h"
+#include "support/sweep_record.h"
 
 namespace quastel::deletion_tests {
 namespace {
 
 using faults::AllocationFaults;
+using faults::CallFault;
+using faults::Met;
 using platform::Error;
 
 constexpr std::uint64_t kTooMany = 1'000;
@@ -193,12 +197,23 @@ class DeletionSweep : public ::testing::TestWithParam<Case> {
     return kTooMany;
   }
 
-  std::uint64_t SweepCalls(const std::function<void(SimulatedWindows&, std::uint64_t nth)>& arm) {
-    return Sweep([&](Round& round, std::uint64_t nth) {
-      arm(round.machine, nth);
+  void SweepCalls(CallFault::Kind kind) {
+    // A failure may add calls of another way: the sweep goes on until a round meets nothing.
+    faults::SweepAndRecord(ScenarioName(), kind, 4, [](const CallFault& fault) {
+      Round round(GetParam());
+      fault.Arm(round.machine);
       round.Do();
-      return round.machine.faults_injected();
+      const Met met = Met::By(round.machine);
+      round.CheckInvariants();
+      if (!HasFailure()) {
+        round.CheckStillUsable();
+      }
+      return met;
     });
+  }
+
+  static std::string ScenarioName() {
+    return std::string(std::get<0>(GetParam()).name) + "_" + std::get<1>(GetParam()).name;
   }
 
   // The calls that a run without faults makes, by kind.
@@ -239,27 +254,15 @@ TEST_P(DeletionSweep, Without_a_fault_the_item_goes) {
 }
 
 TEST_P(DeletionSweep, Survives_each_call_failing_once) {
-  const std::uint64_t calls = Sum(CallsOfARun());
-  // A failure may add calls of another way, so there can be more rounds than calls.
-  EXPECT_GE(SweepCalls([](SimulatedWindows& machine, std::uint64_t n) {
-              machine.FailAnyCall(n, Repeat::kOnce);
-            }),
-            calls);
-  EXPECT_GE(calls, 4u);
+  SweepCalls(CallFault::Kind::kOnce);
 }
 
 TEST_P(DeletionSweep, Survives_every_call_failing_from_one_on) {
-  const std::uint64_t calls = Sum(CallsOfARun());
-  EXPECT_GE(SweepCalls([](SimulatedWindows& machine, std::uint64_t n) {
-              machine.FailAnyCall(n, Repeat::kFromThenOn);
-            }),
-            calls);
+  SweepCalls(CallFault::Kind::kFromThenOn);
 }
 
 TEST_P(DeletionSweep, Survives_the_system_dying_at_each_call) {
-  const std::uint64_t calls = Sum(CallsOfARun());
-  EXPECT_GE(SweepCalls([](SimulatedWindows& machine, std::uint64_t n) { machine.CrashAtCall(n); }),
-            calls);
+  SweepCalls(CallFault::Kind::kCrash);
 }
 
 constexpr Error kFileErrors[] = {
@@ -336,6 +339,7 @@ TEST_P(DeletionSweep, Survives_each_allocation_failing) {
   }
   // The full path of 32768 units, or the extended form, is more than any text holds in itself.
   EXPECT_GE(rounds, 2u);
+  support::RecordSweep(ScenarioName(), support::Swept::kMemoryFailures, rounds);
 }
 
 }  // namespace

@@ -53,6 +53,7 @@ struct Scenario {
 };
 void PrintTo(const Scenario& scenario, std::ostream* out);
 
+// Each program that is linked with the sweeps has a list of its own: <room>/fault_scenarios.cpp.
 const std::vector<Scenario>& AllScenarios();
 
 // Every finding is one of the whole, and none comes more often than there.

@@ -6,8 +6,10 @@
 #include <iostream>
 
 #include "faults/allocation_faults.h"
+#include "faults/call_sweep.h"
 #include "faults/fault_scenario.h"
 #include "support/named_case.h"
+#include "support/sweep_record.h"
 
 namespace quastel::faults {
 namespace {
@@ -47,26 +49,19 @@ class FaultSweep : public ::testing::TestWithParam<Scenario> {
     EXPECT_EQ(Run([](Deed& deed) { return deed.Do(); }), full_);
   }
 
-  // Fails system call 1, 2, 3, ... until a run meets no fault; returns the number of rounds.
-  std::uint64_t SweepCalls(const std::function<void(std::uint64_t nth)>& arm) {
-    for (std::uint64_t nth = 1; nth < kTooMany; ++nth) {
-      SCOPED_TRACE("call " + std::to_string(nth));
-      machine_.ClearFaults();
-      arm(nth);
-      const Outcome outcome = Run([](Deed& deed) { return deed.Do(); });
-      const std::uint64_t injected = machine_.faults_injected();
-      if (injected == 0) {
-        EXPECT_EQ(outcome, full_);
-        return nth - 1;
-      }
-      EXPECT_TRUE(deed_->Allows(outcome.status, false)) << outcome.status;
-      CheckInvariants(outcome);
-      if (HasFailure()) {
-        return nth;
-      }
+  // One round of a sweep through the calls.
+  Met DoUnder(const CallFault& fault) {
+    machine_.ClearFaults();
+    fault.Arm(machine_);
+    const Outcome outcome = Run([](Deed& deed) { return deed.Do(); });
+    const Met met = Met::By(machine_);
+    if (!met.call) {
+      EXPECT_EQ(outcome, full_);
+      return met;
     }
-    ADD_FAILURE() << "the sweep does not end";
-    return kTooMany;
+    EXPECT_TRUE(deed_->Allows(outcome.status, false)) << outcome.status;
+    CheckInvariants(outcome);
+    return met;
   }
 
   std::uint64_t SweepAllocations(Repeat repeat) {
@@ -96,11 +91,6 @@ class FaultSweep : public ::testing::TestWithParam<Scenario> {
     return kTooMany;
   }
 
-  void Report(std::uint64_t rounds, std::uint64_t fewest) {
-    EXPECT_GE(rounds, fewest) << "the sweep has missed something";
-    std::cout << "[  rounds  ] " << rounds << std::endl;
-  }
-
   SimulatedWindows machine_;
   std::unique_ptr<Deed> deed_;
   Outcome full_;
@@ -110,25 +100,31 @@ class FaultSweep : public ::testing::TestWithParam<Scenario> {
 
 class SystemCallSweep : public FaultSweep {
  protected:
-  void ExpectRounds(std::uint64_t rounds) { Report(rounds, GetParam().fewest_calls); }
+  void Sweep(CallFault::Kind kind) {
+    SweepAndRecord(GetParam().name, kind, GetParam().fewest_calls,
+                   [this](const CallFault& fault) { return DoUnder(fault); });
+  }
 };
 
 TEST_P(SystemCallSweep, Survives_each_call_failing_once) {
-  ExpectRounds(SweepCalls([this](std::uint64_t n) { machine_.FailAnyCall(n, Repeat::kOnce); }));
+  Sweep(CallFault::Kind::kOnce);
 }
 
 TEST_P(SystemCallSweep, Survives_every_call_failing_from_one_on) {
-  ExpectRounds(
-      SweepCalls([this](std::uint64_t n) { machine_.FailAnyCall(n, Repeat::kFromThenOn); }));
+  Sweep(CallFault::Kind::kFromThenOn);
 }
 
 TEST_P(SystemCallSweep, Survives_the_system_dying_at_each_call) {
-  ExpectRounds(SweepCalls([this](std::uint64_t n) { machine_.CrashAtCall(n); }));
+  Sweep(CallFault::Kind::kCrash);
 }
 
 class AllocationSweep : public FaultSweep {
  protected:
-  void ExpectRounds(std::uint64_t rounds) { Report(rounds, GetParam().fewest_allocations); }
+  void ExpectRounds(std::uint64_t rounds) {
+    EXPECT_GE(rounds, GetParam().fewest_allocations) << "the sweep has missed something";
+    std::cout << "[  rounds  ] " << rounds << std::endl;
+    support::RecordSweep(GetParam().name, support::Swept::kMemoryFailures, rounds);
+  }
 };
 
 TEST_P(AllocationSweep, Survives_each_allocation_failing_once) {
@@ -137,6 +133,28 @@ TEST_P(AllocationSweep, Survives_each_allocation_failing_once) {
 
 TEST_P(AllocationSweep, Survives_every_allocation_failing_from_one_on) {
   ExpectRounds(SweepAllocations(Repeat::kFromThenOn));
+}
+
+// Where no sweep looks there is nothing to fail.
+TEST_P(FaultSweep, Makes_no_calls_or_allocations_that_are_left_out) {
+  machine_.ClearFaults();
+  std::uint64_t allocations = 0;
+  const Outcome outcome = Run([&](Deed& deed) {
+    AllocationFaults none(kTooMany, Repeat::kOnce);
+    const qs_status status = deed.Do();
+    allocations = none.allocations();
+    return status;
+  });
+  EXPECT_EQ(outcome, full_);
+  const std::uint64_t calls = machine_.fallible_calls();
+  EXPECT_EQ(calls == 0, GetParam().fewest_calls == 0) << calls << " calls";
+  EXPECT_EQ(allocations == 0, GetParam().fewest_allocations == 0) << allocations << " allocations";
+  if (calls == 0) {
+    support::RecordNoCalls(GetParam().name);
+  }
+  if (allocations == 0) {
+    support::RecordSweep(GetParam().name, support::Swept::kMemoryFailures, 0);
+  }
 }
 
 // The scenarios in which there is something to fail.
@@ -150,40 +168,12 @@ std::vector<Scenario> Those(std::uint64_t Scenario::*fewest) {
   return scenarios;
 }
 
+INSTANTIATE_TEST_SUITE_P(All, FaultSweep, ::testing::ValuesIn(AllScenarios()), support::CaseName());
 INSTANTIATE_TEST_SUITE_P(All, SystemCallSweep, ::testing::ValuesIn(Those(&Scenario::fewest_calls)),
                          support::CaseName());
 INSTANTIATE_TEST_SUITE_P(All, AllocationSweep,
                          ::testing::ValuesIn(Those(&Scenario::fewest_allocations)),
                          support::CaseName());
-
-TEST(CreateSweep, Creating_a_handle_without_memory_fails_and_leaves_the_out_pointer_alone) {
-  SimulatedWindows machine;
-  std::uint64_t rounds = 0;
-  for (const Repeat repeat : {Repeat::kOnce, Repeat::kFromThenOn}) {
-    for (std::uint64_t nth = 1; nth < kTooMany; ++nth) {
-      SCOPED_TRACE(nth);
-      int canary = 0;
-      auto* const untouched = reinterpret_cast<qs_product_scan*>(&canary);
-      qs_product_scan* scan = untouched;
-      qs_status status = QS_OK;
-      std::uint64_t injected = 0;
-      {
-        AllocationFaults faults(nth, repeat);
-        status = qs_product_scan_create(&scan);
-        injected = faults.injected();
-      }
-      if (injected == 0) {
-        EXPECT_EQ(status, QS_OK);
-        EXPECT_EQ(qs_product_scan_destroy(scan), QS_OK);
-        break;
-      }
-      ++rounds;
-      ASSERT_EQ(status, QS_FAILED);
-      EXPECT_EQ(scan, untouched);
-    }
-  }
-  EXPECT_GE(rounds, 2u);
-}
 
 }  // namespace
 }  // namespace quastel::faults

@@ -41,6 +41,8 @@ constexpr NumberCase kNumbers[] = {
     {{"Leading_blank"}, " 30", 30},
     {{"Every_kind_of_blank"}, " \t\n\v\f\r12", 12},
     {{"Only_blanks"}, "   ", 0},
+    {{"What_comes_before_the_blanks_is_none"}, "\b5", 0},
+    {{"What_comes_behind_the_blanks_is_none"}, "\0165", 0},
     {{"Plus"}, "+5", 5},
     {{"Blank_then_plus"}, " +5", 5},
     {{"Minus_zero"}, "-0", 0},

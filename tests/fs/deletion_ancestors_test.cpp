@@ -5,6 +5,7 @@
 #include <thread>
 #include <vector>
 
+#include "fs/deletion.h"
 #include "fs/deletion_fixture.h"
 
 namespace quastel::deletion_tests {
@@ -34,6 +35,14 @@ TEST_P(DeletionAncestors, Null_and_empty_are_refused_without_a_single_call) {
   EXPECT_EQ(GetParam().run(nullptr, kFile), 0);
   EXPECT_EQ(GetParam().run(u"", kFile), 0);
   EXPECT_EQ(CallsMade(windows_), Lines{});
+}
+
+TEST(UnsafeAncestor, Is_what_a_path_that_is_missing_has) {
+  simulated::SimulatedWindows windows;
+  EXPECT_TRUE(HasUnsafeAncestor(nullptr));
+  EXPECT_TRUE(HasUnsafeAncestor(u""));
+  EXPECT_FALSE(HasUnsafeAncestor(u"C:\\f.txt"));
+  EXPECT_EQ(FindRemovable(nullptr), Removable::kNothing);
 }
 
 TEST_P(DeletionAncestors, A_text_without_a_full_path_is_refused) {

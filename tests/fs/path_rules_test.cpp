@@ -226,6 +226,41 @@ TEST(PathUnder, Letters_beyond_ASCII_keep_their_case) {
   EXPECT_FALSE(IsPathUnder(u"C:\\\u00E4\\x", u"C:\\\u00C4"));
 }
 
+// ---- Endings that the system drops
+
+TEST(DroppedEnding, Is_a_dot_or_a_blank_at_the_end_of_any_name) {
+  for (const TextView path :
+       {u"a.", u"a ", u"a..", u"a .", u"C:\\a.", u"C:\\a. ", u"C:\\a \\b", u"C:/a./b",
+        u"C:\\a\\b.\\", u"\\\\srv\\share\\a.", u"C:\\...", u" ", u"C:\\..\\a\\b "}) {
+    EXPECT_TRUE(HasDroppedEnding(path)) << Utf8(path);
+  }
+}
+
+TEST(DroppedEnding, Is_not_one_that_the_system_keeps_or_that_leads_somewhere) {
+  for (const TextView path : {u"",
+                              u"a",
+                              u"C:\\",
+                              u"C:\\a\\b",
+                              u".a",
+                              u" a",
+                              u"a.b",
+                              u"a b",
+                              u".",
+                              u"..",
+                              u"C:\\.",
+                              u"C:\\a\\..",
+                              u"C:\\a\\.\\b",
+                              u"C:\\a\\..\\b",
+                              u"./a",
+                              u"../a",
+                              u"C:\\a\\\\b",
+                              u"\\\\srv\\share\\a",
+                              u"\\\\?\\C:\\a.",
+                              u"\\\\?\\C:\\a \\b"}) {
+    EXPECT_FALSE(HasDroppedEnding(path)) << Utf8(path);
+  }
+}
+
 // ---- Joining
 
 TEST(JoinPath, Puts_one_separator_where_none_is) {

@@ -193,6 +193,7 @@ TEST_F(IsInWhitelist, An_ordinary_file_of_an_open_folder_costs_no_call) {
   const ProtectedFolders folders(u"C:\\", u"C:\\Users\\u");
   const std::uint64_t before = windows_.CallCount(Call::kFullPathName);
   EXPECT_FALSE(folders.ContainsFile(u"C:\\data\\a.txt", u"a.txt"));
+  EXPECT_FALSE(folders.ContainsFile(u"C:\\data\\", u""));
   EXPECT_EQ(windows_.CallCount(Call::kFullPathName), before);
 }
 

@@ -11,7 +11,34 @@ function(quastel_fuzz_target name)
   target_link_options(${name}_fuzz PRIVATE -fsanitize=fuzzer)
 endfunction()
 
+include(fuzz/call_sequences.cmake)
+quastel_fuzz_target(call_sequences
+  ${call_sequences_check}
+  fuzz/call_sequences_fuzz.cpp
+)
+quastel_fuzz_target(filters
+  fuzz/filters_check.cpp
+  fuzz/filters_fuzz.cpp
+  fuzz/path_model.cpp
+)
+quastel_fuzz_target(hash_cache
+  fuzz/hash_cache_check.cpp
+  fuzz/hash_cache_fuzz.cpp
+  fuzz/hash_cache_model.cpp
+)
+quastel_fuzz_target(junk_path
+  fuzz/junk_path_check.cpp
+  fuzz/junk_path_fuzz.cpp
+)
+quastel_fuzz_target(path_rules
+  fuzz/path_model.cpp
+  fuzz/path_rules_check.cpp
+  fuzz/path_rules_fuzz.cpp
+)
 quastel_fuzz_target(rule_document
   fuzz/rule_document_check.cpp
   fuzz/rule_document_fuzz.cpp
 )
+
+# The model is larger than the library: what the fuzzer learns from is to be the library's way alone.
+target_compile_options(call_sequences_fuzz PRIVATE -fno-sanitize=fuzzer-no-link)

@@ -1,8 +1,6 @@
 #include "fuzz/rule_document_check.h"
 
-#include <cstdio>
-#include <cstdlib>
-
+#include "fuzz/demand.h"
 #include "junk/rule_document.h"
 #include "simulated_windows/simulated_windows.h"
 
@@ -11,14 +9,6 @@ namespace {
 
 using junk::RuleAttribute;
 using junk::RuleNode;
-
-// Not an assertion: it must hold in every build.
-void Demand(bool holds, const char* rule) {
-  if (!holds) {
-    std::fprintf(stderr, "broken: %s\n", rule);
-    std::abort();
-  }
-}
 
 bool IsName(TextView name) {
   for (const Char c : name) {

@@ -45,11 +45,14 @@ endif()
 # The sweeps of tests/faults over what this room does.
 quastel_host_test(junk_fault_tests
   faults/allocation_faults.cpp
+  faults/fault_scenario.cpp
   faults/fault_sweep_test.cpp
   junk/fault_scenarios.cpp
   junk/junk_fixture.cpp
   scan/scan_fixture.cpp
+  support/sweep_record.cpp
 )
+quastel_leaves_sweep_record(junk_fault_tests)
 
 # The C++ half of the thread sanitizer's runtime insists on its own operator new. Linked as a C
 # program there is only the other half, which sees the allocations of these tests through malloc.

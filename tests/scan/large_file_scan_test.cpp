@@ -165,6 +165,15 @@ TEST_F(LargeFileScan, Keeps_out_of_the_protected_folders_when_asked_to) {
   EXPECT_EQ(Report(Request::LargeFiles({u"C:\\"})).size(), 16u);
 }
 
+TEST_F(LargeFileScan, Leaves_a_file_in_the_place_of_a_protected_folder_out) {
+  machine_.AddSizedFile(u"C:\\ProgramData", kLarge);
+  machine_.AddSizedFile(u"C:\\data\\ProgramData", kLarge);
+  EXPECT_EQ(Paths(Request::ProtectedLargeFiles({u"C:\\"})),
+            (std::vector<Text>{u"C:\\\\data\\ProgramData"}));
+  EXPECT_EQ(Poll(scan_).files_visited, 2u);
+  EXPECT_EQ(Paths(Request::LargeFiles({u"C:\\"})).size(), 2u);
+}
+
 TEST_F(LargeFileScan, Of_a_root_inside_a_protected_folder_finds_nothing) {
   machine_.AddSizedFile(u"C:\\Windows\\Temp\\big.bin", kLarge);
   EXPECT_EQ(Paths(Request::ProtectedLargeFiles({u"C:\\Windows\\Temp"})), std::vector<Text>{});

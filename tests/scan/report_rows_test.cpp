@@ -117,6 +117,23 @@ TEST(ReportRows, Keep_every_field_and_their_order) {
   EXPECT_EQ(rows, (std::vector<Row>{expected_item, expected_header}));
 }
 
+TEST(ReportRows, Keep_a_name_that_is_not_the_end_of_the_path) {
+  SimulatedWindows machine;
+  OwnKindScan own;
+  ReportRow other = RowOf(RowKind::kJunk, 1, 1, u"C:\\p\\LONGNA~1.TXT");
+  other.name = u"long name.txt";
+  ReportRow longer = RowOf(RowKind::kJunk, 1, 1, u"n");
+  longer.name = u"a name";
+  ReportRow ending = RowOf(RowKind::kJunk, 1, 1, u"C:\\p\\n");
+  ending.name = u"n";
+  const std::vector<Row> rows = Append(own, {other, longer, ending});
+  ASSERT_EQ(rows.size(), 3u);
+  EXPECT_EQ(rows[0].name, u"long name.txt");
+  EXPECT_EQ(rows[0].path, u"C:\\p\\LONGNA~1.TXT");
+  EXPECT_EQ(rows[1].name, u"a name");
+  EXPECT_EQ(rows[2].name, u"n");
+}
+
 TEST(ReportRows, Can_be_read_as_soon_as_they_are_appended) {
   SimulatedWindows machine;
   OwnKindScan own;

@@ -1,9 +1,5 @@
 // What the sweeps run in this room; linked with them in the place of the list of the other rooms.
 
-#include <algorithm>
-#include <map>
-#include <ostream>
-
 #include "faults/fault_scenario.h"
 #include "session/session_fixture.h"
 
@@ -118,26 +114,6 @@ const std::vector<Scenario>& AllScenarios() {
       {"CancelledSessionScan", FurnishTree, MakeCancelledScan, 15, 15},
   };
   return kScenarios;
-}
-
-bool IsPartOf(const std::vector<std::string>& part, const std::vector<std::string>& whole) {
-  std::map<std::string, int> left;
-  for (const std::string& finding : whole) {
-    ++left[finding];
-  }
-  return std::all_of(part.begin(), part.end(),
-                     [&](const std::string& finding) { return --left[finding] >= 0; });
-}
-
-void PrintTo(const Outcome& outcome, std::ostream* out) {
-  *out << "status " << outcome.status;
-  for (const std::string& finding : outcome.findings) {
-    *out << "\n  " << finding;
-  }
-}
-
-void PrintTo(const Scenario& scenario, std::ostream* out) {
-  *out << scenario.name;
 }
 
 }  // namespace quastel::faults

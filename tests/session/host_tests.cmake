@@ -18,6 +18,7 @@ quastel_host_test(session_tests
 # The sweeps of tests/faults over what this room does, and those of its own.
 quastel_host_test(session_fault_tests
   faults/allocation_faults.cpp
+  faults/fault_scenario.cpp
   faults/fault_sweep_test.cpp
   faults/lock_faults.cpp
   scan/scan_fixture.cpp
@@ -25,7 +26,9 @@ quastel_host_test(session_fault_tests
   session/session_clean_faults_test.cpp
   session/session_failures_test.cpp
   session/session_fixture.cpp
+  support/sweep_record.cpp
 )
+quastel_leaves_sweep_record(session_fault_tests)
 # faults/lock_faults.cpp steps in front of every mutex.
 target_link_options(session_fault_tests PRIVATE LINKER:--wrap=pthread_mutex_lock)
 

@@ -6,14 +6,18 @@
 #include <memory>
 
 #include "faults/allocation_faults.h"
+#include "faults/call_sweep.h"
 #include "faults/lock_faults.h"
 #include "session/session_fixture.h"
+#include "support/sweep_record.h"
 
 namespace quastel::session_tests {
 namespace {
 
 using faults::AllocationFaults;
+using faults::CallFault;
 using faults::LockFaults;
+using faults::Met;
 
 constexpr std::uint64_t kTooMany = 20'000;
 
@@ -153,24 +157,34 @@ std::uint64_t SweepCalls(
 // Ten calls for a file in C:\t, and two more for each further folder on the way to a file.
 constexpr std::uint64_t kFewestCalls = 44;
 
+void SweepEveryCall(CallFault::Kind kind) {
+  faults::SweepAndRecord("SessionClean", kind, kFewestCalls, [](const CallFault& fault) {
+    FaultedClean clean;
+    fault.Arm(clean.machine());
+    clean.Do();
+    const Met met = Met::By(clean.machine());
+    if (met.call) {
+      EXPECT_EQ(clean.status(), QS_FAILED) << "no call of a clean may fail unnoticed";
+      clean.ExpectNothingBehindTheFirstFailure();
+    } else {
+      EXPECT_EQ(clean.status(), QS_OK);
+      EXPECT_EQ(clean.gone(), 4u);
+    }
+    clean.CheckInvariants(0);
+    return met;
+  });
+}
+
 TEST(SessionCleanFaults, Each_call_that_fails_once_stops_the_clean) {
-  EXPECT_GE(SweepCalls([](SimulatedWindows& machine, std::uint64_t nth) {
-              machine.FailAnyCall(nth, Repeat::kOnce);
-            }),
-            kFewestCalls);
+  SweepEveryCall(CallFault::Kind::kOnce);
 }
 
 TEST(SessionCleanFaults, Every_call_failing_from_one_on_stops_the_clean) {
-  EXPECT_GE(SweepCalls([](SimulatedWindows& machine, std::uint64_t nth) {
-              machine.FailAnyCall(nth, Repeat::kFromThenOn);
-            }),
-            kFewestCalls);
+  SweepEveryCall(CallFault::Kind::kFromThenOn);
 }
 
 TEST(SessionCleanFaults, The_system_dying_at_any_call_leaves_all_that_was_not_named) {
-  EXPECT_GE(
-      SweepCalls([](SimulatedWindows& machine, std::uint64_t nth) { machine.CrashAtCall(nth); }),
-      kFewestCalls);
+  SweepEveryCall(CallFault::Kind::kCrash);
 }
 
 TEST(SessionCleanFaults, A_removal_that_fails_for_any_reason_stops_the_clean) {
@@ -192,14 +206,15 @@ TEST(SessionCleanFaults, A_removal_that_fails_for_any_reason_stops_the_clean) {
 class SessionCleanMemory : public ::testing::TestWithParam<Repeat> {};
 
 TEST_P(SessionCleanMemory, Running_out_of_it_at_any_place_fails_the_clean) {
-  EXPECT_GE(Sweep(
-                [](FaultedClean& clean, std::uint64_t nth) {
-                  AllocationFaults memory(nth, GetParam());
-                  clean.Do();
-                  return memory.injected();
-                },
-                [](FaultedClean& clean) { clean.CheckInvariants(0); }),
-            5u);
+  const std::uint64_t rounds = Sweep(
+      [](FaultedClean& clean, std::uint64_t nth) {
+        AllocationFaults memory(nth, GetParam());
+        clean.Do();
+        return memory.injected();
+      },
+      [](FaultedClean& clean) { clean.CheckInvariants(0); });
+  EXPECT_GE(rounds, 5u);
+  support::RecordSweep("SessionClean", support::Swept::kMemoryFailures, rounds);
 }
 
 TEST_P(SessionCleanMemory, Locks_that_fail_at_any_place_fail_the_clean) {

@@ -8,6 +8,7 @@
 #include "faults/allocation_faults.h"
 #include "faults/lock_faults.h"
 #include "session/session_fixture.h"
+#include "support/sweep_record.h"
 
 namespace quastel::session_tests {
 namespace {
@@ -43,6 +44,9 @@ TEST(SessionFailures, Creating_without_memory_fails_and_stores_null) {
     }
   }
   EXPECT_GE(rounds, 2u);
+  EXPECT_EQ(machine.fallible_calls(), 0u);
+  support::RecordNoCalls("CreateSession");
+  support::RecordSweep("CreateSession", support::Swept::kMemoryFailures, rounds);
 }
 
 class SessionFailures : public SessionTest, public ::testing::WithParamInterface<Repeat> {

@@ -18,12 +18,14 @@ class FaultPlan {
   platform::Error Next(Call call);
 
   void FailCall(Call call, std::uint64_t nth, Repeat repeat, std::optional<platform::Error> error);
-  void FailAnyCall(std::uint64_t nth, Repeat repeat);
+  void FailAnyCall(std::uint64_t nth, Repeat repeat, std::optional<platform::Error> error);
   void CrashAtCall(std::uint64_t nth) { crash_at_ = nth; }
   void Clear() { *this = FaultPlan(); }
 
   bool crashed() const { return crash_at_ != 0 && any_count_ >= crash_at_; }
   std::uint64_t injected() const { return injected_; }
+  std::optional<Call> first_injected() const { return first_injected_; }
+  std::uint64_t calls() const { return any_count_; }
 
  private:
   struct Rule {
@@ -43,6 +45,7 @@ class FaultPlan {
   std::uint64_t any_count_ = 0;
   std::uint64_t crash_at_ = 0;
   std::uint64_t injected_ = 0;
+  std::optional<Call> first_injected_;
 };
 
 // The error that fits a call best when a test does not choose one.

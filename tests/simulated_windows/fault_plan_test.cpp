@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <optional>
+#include <vector>
+
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/file_system.h"
@@ -47,6 +51,38 @@ TEST(FaultPlan, Calls_of_any_kind_are_counted_together) {
   EXPECT_EQ(Query(), Error::kNone);
   EXPECT_EQ(platform::QueryFileFacts(QS_TEXT("C:\\f")).error(), Error::kAccessDenied);
   EXPECT_EQ(Query(), Error::kNone);
+}
+
+TEST(FaultPlan, Any_call_may_fail_with_a_chosen_error) {
+  SimulatedWindows windows;
+  windows.AddFile(QS_TEXT("C:\\f"), "x");
+  windows.FailAnyCall(2, Repeat::kFromThenOn, Error::kNotReady);
+  EXPECT_EQ(Query(), Error::kNone);
+  EXPECT_EQ(windows.first_fault(), std::nullopt);
+  EXPECT_EQ(platform::QueryFileFacts(QS_TEXT("C:\\f")).error(), Error::kNotReady);
+  EXPECT_EQ(Query(), Error::kNotReady);
+  EXPECT_EQ(windows.first_fault(), Call::kQueryFileFacts);
+  EXPECT_EQ(windows.fallible_calls(), 3u);
+  windows.ClearFaults();
+  EXPECT_EQ(windows.first_fault(), std::nullopt);
+  EXPECT_EQ(windows.fallible_calls(), 0u);
+}
+
+TEST(FaultPlan, Each_call_has_its_usual_error_first_and_no_error_twice) {
+  for (int i = 0; i < static_cast<int>(Call::kCount); ++i) {
+    const auto call = static_cast<Call>(i);
+    std::vector<Error> errors = ErrorsOf(call);
+    SimulatedWindows windows;
+    ASSERT_FALSE(errors.empty()) << NameOf(call);
+    if (call == Call::kQueryAttributes) {
+      windows.FailAnyCall(1, Repeat::kOnce);
+      EXPECT_EQ(Query(), errors.front());
+      EXPECT_GE(errors.size(), 5u);
+    }
+    std::sort(errors.begin(), errors.end());
+    EXPECT_EQ(std::adjacent_find(errors.begin(), errors.end()), errors.end()) << NameOf(call);
+    EXPECT_EQ(std::count(errors.begin(), errors.end(), Error::kNone), 0) << NameOf(call);
+  }
 }
 
 TEST(FaultPlan, Calls_that_cannot_fail_are_not_counted) {

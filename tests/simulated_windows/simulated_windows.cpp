@@ -119,9 +119,10 @@ void SimulatedWindows::FailCall(Call call, std::uint64_t nth, Repeat repeat,
   state_->faults.FailCall(call, nth, repeat, error);
 }
 
-void SimulatedWindows::FailAnyCall(std::uint64_t nth, Repeat repeat) {
+void SimulatedWindows::FailAnyCall(std::uint64_t nth, Repeat repeat,
+                                   std::optional<platform::Error> error) {
   MutexLock lock(state_->mutex);
-  state_->faults.FailAnyCall(nth, repeat);
+  state_->faults.FailAnyCall(nth, repeat, error);
 }
 
 void SimulatedWindows::CrashAtCall(std::uint64_t nth) {
@@ -137,6 +138,16 @@ void SimulatedWindows::ClearFaults() {
 std::uint64_t SimulatedWindows::faults_injected() const {
   MutexLock lock(state_->mutex);
   return state_->faults.injected();
+}
+
+std::optional<Call> SimulatedWindows::first_fault() const {
+  MutexLock lock(state_->mutex);
+  return state_->faults.first_injected();
+}
+
+std::uint64_t SimulatedWindows::fallible_calls() const {
+  MutexLock lock(state_->mutex);
+  return state_->faults.calls();
 }
 
 void SimulatedWindows::SetHook(std::function<void(const CallRecord&)> hook) {

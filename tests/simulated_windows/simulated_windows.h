@@ -77,6 +77,10 @@ enum class Call {
 
 const char* NameOf(Call call);
 
+// The errors that are worth trying for a call, its usual one first; one alone for a call that
+// answers by value.
+std::vector<platform::Error> ErrorsOf(Call call);
+
 // One call that the code under test made.
 struct CallRecord {
   Call call;
@@ -205,13 +209,16 @@ class SimulatedWindows {
   // it stands; COM calls turn any other error into one.
   void FailCall(Call call, std::uint64_t nth, Repeat repeat = Repeat::kOnce,
                 std::optional<platform::Error> error = std::nullopt);
-  // The nth call of any kind that can fail.
-  void FailAnyCall(std::uint64_t nth, Repeat repeat);
+  // The nth call of any kind that can fail; without an error each call fails with its usual one.
+  void FailAnyCall(std::uint64_t nth, Repeat repeat,
+                   std::optional<platform::Error> error = std::nullopt);
   // From the nth call that can fail on, of any kind, nothing reaches the disk any more and
   // everything fails: what the disk holds at that moment is what a crash would leave.
   void CrashAtCall(std::uint64_t nth);
   void ClearFaults();  // also sets the counts back
   std::uint64_t faults_injected() const;
+  std::optional<Call> first_fault() const;  // the call that it was injected into
+  std::uint64_t fallible_calls() const;     // those counted so far
 
   // Called before each seam call, without any lock held: a test may change the machine in it.
   // Not called for what the hook itself does.

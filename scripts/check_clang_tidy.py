@@ -1,0 +1,153 @@
+#!/usr/bin/env python3
+"""Runs clang-tidy with the checks of .clang-tidy over the sources that a build tree compiles.
+
+usage: check_clang_tidy.py ROOT BUILD FOLDER[=LEFT_OUT]...
+
+FOLDERs are seen from ROOT; what lies in LEFT_OUT is not looked at. A source that passed is not
+looked at again until it, a file of ours that it includes, its command or the checks have changed;
+what passed is kept in BUILD.
+"""
+
+import concurrent.futures
+import hashlib
+import json
+import re
+import shlex
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+JOBS = 2
+INCLUDE = re.compile(rb'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
+FINDING = re.compile(r"^(?=\S+:\d+:\d+: (?:warning|error): )", re.MULTILINE)
+COUNTS = re.compile(r"^(\d+ warnings?|Suppressed|Use -header-filter|.*treated as errors?$)")
+
+
+def find_tool():
+    """The checks were chosen for version 14; later ones know more of them."""
+    for name in ("clang-tidy-14", "clang-tidy"):
+        if shutil.which(name):
+            return name
+    sys.exit("clang-tidy is not installed")
+
+
+def output_of(command):
+    return subprocess.run(command, capture_output=True, text=True, check=False,
+                          stdin=subprocess.DEVNULL)
+
+
+def options_for(compiler):
+    """What clang has to be told to read what another compiler compiles."""
+    options = ["--extra-arg=-Wno-unknown-warning-option"]
+    if "mingw32" not in compiler:
+        return options
+    shown = output_of([compiler, "-E", "-x", "c++", "-v", "-"]).stderr
+    folders = re.findall(r"^ (\S*/c\+\+\S*)$", shown, re.MULTILINE)
+    if not folders:
+        sys.exit(f"{compiler} does not say where its headers are")
+    return (["--extra-arg-before=--target=x86_64-w64-mingw32"] + options +
+            [f"--extra-arg=-isystem{Path(folder).resolve()}" for folder in folders])
+
+
+def sources(root, build, folders):
+    """Path, command and folder of each source below the folders, once each."""
+    commands = json.loads((build / "compile_commands.json").read_text(encoding="utf-8"))
+    found = {}
+    for entry in commands:
+        path = Path(entry["directory"], entry["file"]).resolve()
+        for folder in folders:
+            name, _, left_out = folder.partition("=")
+            if path.is_relative_to(root / name) and not (
+                    left_out and path.is_relative_to(root / left_out)):
+                found[path] = entry["command"]
+    return sorted(found.items())
+
+
+class Contents:
+    """A digest of a file and of all files of ours that it includes, directly or not."""
+
+    def __init__(self, root):
+        self.root = root
+        self.known = {}
+
+    def included(self, path):
+        if path not in self.known:
+            data = path.read_bytes()
+            nearby = [path.parent, self.root / "src", self.root / "include"]
+            names = [name.decode() for name in INCLUDE.findall(data)]
+            files = [next((p for p in (folder / name for folder in nearby) if p.is_file()), None)
+                     for name in names]
+            self.known[path] = (hashlib.sha256(data).hexdigest(),
+                                [p.resolve() for p in files if p is not None])
+        return self.known[path]
+
+    def digests(self, path):
+        todo, seen = [path], {}
+        while todo:
+            each = todo.pop()
+            if each not in seen:
+                seen[each], more = self.included(each)
+                todo += more
+        return sorted(seen.values())
+
+
+def tidy(tool, build, path, options):
+    """What there is to complain about in one source."""
+    done = output_of([tool, "-p", str(build), "--quiet", *options, str(path)])
+    lines = done.stdout.splitlines()
+    if done.returncode != 0 or any(": warning: " in line for line in lines):
+        lines += [line for line in done.stderr.splitlines() if not COUNTS.match(line)]
+        return "\n".join(lines) or f"{path}: clang-tidy ended with {done.returncode}"
+    return ""
+
+
+def check(root, build, folders):
+    """The complaints, how many sources there are, and how many were looked at now."""
+    tool = find_tool()
+    chosen = sources(root, build, folders)
+    common = [output_of([tool, "--version"]).stdout,
+              (root / ".clang-tidy").read_text(encoding="utf-8")]
+    memory = build / f"clang_tidy_passed_{'_'.join(re.findall(r'[a-z0-9]+', ' '.join(folders)))}.json"
+    passed = set(json.loads(memory.read_text(encoding="utf-8"))) if memory.exists() else set()
+    contents = Contents(root)
+    options, keys = {}, {}
+    for path, command in chosen:
+        compiler = shlex.split(command)[0]
+        if compiler not in options:
+            options[compiler] = options_for(compiler)
+        parts = [*common, command, *options[compiler], *contents.digests(path)]
+        keys[path] = hashlib.sha256("\0".join(parts).encode()).hexdigest()
+    due = [(path, command) for path, command in chosen if keys[path] not in passed]
+
+    def run(item):
+        path, command = item
+        return tidy(tool, build, path, options[shlex.split(command)[0]])
+
+    with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
+        answers = list(pool.map(run, due))
+    failed = {path for (path, _), answer in zip(due, answers) if answer}
+    memory.write_text(json.dumps(sorted(keys[p] for p, _ in chosen if p not in failed)),
+                      encoding="utf-8")
+    # What stands in a header is found by every source that includes it.
+    complaints = {finding.rstrip(): None for answer in answers if answer
+                  for finding in FINDING.split(answer) if finding.strip()}
+    return list(complaints), len(chosen), len(due)
+
+
+def main():
+    if len(sys.argv) < 4:
+        sys.exit(__doc__)
+    root, build = (Path(argument).resolve() for argument in sys.argv[1:3])
+    complaints, count, looked_at = check(root, build, sys.argv[3:])
+    if count == 0:
+        sys.exit(f"{build} compiles nothing of {' '.join(sys.argv[3:])}")
+    for complaint in complaints:
+        print(complaint)
+    if complaints:
+        sys.exit(1)
+    print(f"{count} sources have nothing that clang-tidy complains about ({looked_at} looked at now)")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,25 @@
+# What the target of the whole interface and the replay of its seeds are made of.
+set(call_sequences_check
+  fuzz/call_sequences_check.cpp
+  fuzz/path_model.cpp
+  fuzz/sequence/comparison.cpp
+  fuzz/sequence/direct_calls.cpp
+  fuzz/sequence/disk.cpp
+  fuzz/sequence/duplicate_model.cpp
+  fuzz/sequence/flight.cpp
+  fuzz/sequence/null_arguments.cpp
+  fuzz/sequence/product_cleaning.cpp
+  fuzz/sequence/product_meeting.cpp
+  fuzz/sequence/product_outcome.cpp
+  fuzz/sequence/product_player.cpp
+  fuzz/sequence/product_request.cpp
+  fuzz/sequence/report.cpp
+  fuzz/sequence/rule_maker.cpp
+  fuzz/sequence/rule_model.cpp
+  fuzz/sequence/session_cleaning.cpp
+  fuzz/sequence/session_meeting.cpp
+  fuzz/sequence/session_player.cpp
+  fuzz/sequence/walk_model.cpp
+  fuzz/sequence/watch.cpp
+  fuzz/sequence/world.cpp
+)

@@ -1,0 +1,11 @@
+#include <cstddef>
+#include <cstdint>
+
+#include "fuzz/junk_path_check.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  quastel::fuzz::CheckJunkPath({reinterpret_cast<const char*>(data), size});
+  return 0;
+}

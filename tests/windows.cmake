@@ -78,6 +78,7 @@ add_test(NAME abi_dll
 
 include(abi/interface_tests.cmake)
 include(callers/tests.cmake)
+include(docs/windows_tests.cmake)
 
 if(MINGW)
   add_test(NAME hash_code_windows
@@ -85,15 +86,4 @@ if(MINGW)
       ${CMAKE_OBJDUMP} $<TARGET_OBJECTS:quastel_core> COMMAND_EXPAND_LISTS)
 endif()
 
-# What an installed copy gives to a project that looks for it.
-set(package_toolchain)
-if(CMAKE_TOOLCHAIN_FILE)
-  set(package_toolchain -DTOOLCHAIN=${CMAKE_TOOLCHAIN_FILE})
-endif()
-add_test(NAME package_consumer
-  COMMAND ${CMAKE_COMMAND}
-    -DBUILD=${CMAKE_BINARY_DIR} -DWORK=${CMAKE_BINARY_DIR}/package_consumer
-    -DCONSUMER=${CMAKE_CURRENT_SOURCE_DIR}/abi/consumer -DGENERATOR=${CMAKE_GENERATOR}
-    -DRUNNER=${CMAKE_CROSSCOMPILING_EMULATOR} -DVERSION=${PROJECT_VERSION}
-    ${package_toolchain} -P ${abi}/check_package.cmake)
-set_tests_properties(package_consumer PROPERTIES RESOURCE_LOCK wine)
+include(package/tests.cmake)

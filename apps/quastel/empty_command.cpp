@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "empty_report.h"
+#include "html_report.h"
 #include "interrupt.h"
 #include "own_walk.h"
 #include "scan_command.h"
@@ -33,11 +34,17 @@ EmptyReport Search(const ScanOptions& options, Console& console) {
 }
 
 ExitCode RunEmpty(const ScanOptions& options, Console& console) {
+  CheckHtmlPath(options.html, false);
   const EmptyReport report = Search(options, console);
   if (options.json) {
     WriteEmptyJson(report, console.out);
   } else {
     WriteEmptyTable(report, console.out);
+  }
+  if (!options.html.empty()) {
+    console.out.Flush();
+    WriteEmptyHtml(report);
+    TellHtmlPath(options.html, options.json, console.out);
   }
   return EndReport(report.status, options.json, console);
 }

@@ -1,6 +1,7 @@
 #include "empty_report.h"
 
 #include "display_text.h"
+#include "html_page.h"
 #include "json_writer.h"
 #include "path_text.h"
 #include "report_table.h"
@@ -52,6 +53,20 @@ Json OptionsJson(const EmptyReport& report) {
   return json;
 }
 
+Json TotalsJson(const EmptyReport& report) {
+  Json json;
+  json["folders_visited"] = report.folders_visited;
+  json["item_count"] = report.rows.size();
+  json["folder_count"] = AllFolders(report);
+  return json;
+}
+
+Json PerformanceJson(const EmptyReport& report) {
+  Json json;
+  json["elapsed_us"] = report.elapsed_us;
+  return json;
+}
+
 }  // namespace
 
 void WriteEmptyTable(const EmptyReport& report, OutputStream& out) {
@@ -88,15 +103,24 @@ void WriteEmptyJson(const EmptyReport& report, OutputStream& out) {
   object.Member("cancelled", report.status == QS_CANCELLED);
   object.ArrayMember("rows", Listed(report),
                      [&](std::size_t i) { return RowJson(report.rows[i], i); });
-  Json totals;
-  totals["folders_visited"] = report.folders_visited;
-  totals["item_count"] = report.rows.size();
-  totals["folder_count"] = AllFolders(report);
-  object.Member("totals", totals);
-  Json performance;
-  performance["elapsed_us"] = report.elapsed_us;
-  object.Member("performance", performance);
+  object.Member("totals", TotalsJson(report));
+  object.Member("performance", PerformanceJson(report));
   object.End();
+}
+
+void WriteEmptyHtml(const EmptyReport& report) {
+  HtmlPage page(report.options.html, "empty");
+  page.Member("roots", JsonStrings(report.roots));
+  page.Member("options", OptionsJson(report));
+  page.Member("start_time", report.start_time);
+  page.Member("status", StatusWord(report.status));
+  page.Member("totals", TotalsJson(report));
+  page.Member("performance", PerformanceJson(report));
+  page.Member("groups", Json::array());
+  page.Rows({"folders"}, Listed(report), [&](std::size_t i) {
+    return PageRow{report.rows[i].path, Json::array({report.rows[i].folders})};
+  });
+  page.End();
 }
 
 }  // namespace quastel::client

@@ -29,6 +29,8 @@ struct EmptyReport {
 
 void WriteEmptyTable(const EmptyReport& report, OutputStream& out);
 void WriteEmptyJson(const EmptyReport& report, OutputStream& out);
+// The page that report.options.html names.
+void WriteEmptyHtml(const EmptyReport& report);
 
 }  // namespace quastel::client
 

@@ -9,6 +9,7 @@
 
 #include "display_text.h"
 #include "file_session.h"
+#include "html_report.h"
 #include "interrupt.h"
 #include "list_report.h"
 #include "messages.h"
@@ -165,6 +166,7 @@ ExitCode CleanAfterScan(ListReport& report, const Sessions& sessions, Console& c
 }
 
 ExitCode RunList(const ListOptions& options, Console& console) {
+  CheckHtmlPath(options.html, !options.clean.empty());
   ListReport report;
   report.options = options;
   report.roots = ResolveRoots(options.roots);
@@ -180,6 +182,11 @@ ExitCode RunList(const ListOptions& options, Console& console) {
     WriteListJson(report, console.out);
   } else {
     WriteListTable(report, console.out);
+  }
+  if (!options.html.empty()) {
+    console.out.Flush();
+    WriteListHtml(report);
+    TellHtmlPath(options.html, options.json, console.out);
   }
   const ExitCode end = EndReport(report.status, options.json, console);
   return end != ExitCode::kDone ? end : code;
@@ -207,6 +214,7 @@ struct Arguments {
     ListOptions options;
     options.roots = common.roots;
     options.json = common.json;
+    options.html = common.html;
     options.top = common.top;
     options.mode = large_files ? QS_SESSION_LARGE_FILES
                    : inspect   ? QS_SESSION_INSPECT

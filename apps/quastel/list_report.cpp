@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "display_text.h"
+#include "html_page.h"
 #include "json_writer.h"
 #include "report_table.h"
 #include "status_text.h"
@@ -33,6 +34,32 @@ std::string Line(const std::string& index, const std::string& size, const std::s
          PadRight(modified, kTimeColumn) + "  " + path + "\n";
 }
 
+Json ModifiedJson(const SessionFile& file) {
+  const std::optional<std::string> modified = LocalIsoText(file.numbers.modified);
+  return modified ? Json(*modified) : Json(nullptr);
+}
+
+Json OptionsJson(const ListReport& report) {
+  Json json;
+  json["mode"] = ModeWord(report.options.mode);
+  json["top"] = report.options.top ? Json(*report.options.top) : Json(nullptr);
+  return json;
+}
+
+Json TotalsJson(const ListReport& report) {
+  Json json;
+  json["files_visited"] = report.files_visited;
+  json["bytes_visited"] = report.bytes_visited;
+  json["row_count"] = report.rows.size();
+  return json;
+}
+
+Json PerformanceJson(const ListReport& report) {
+  Json json;
+  json["elapsed_us"] = report.elapsed_us;
+  return json;
+}
+
 Json RowJson(const SessionFile& file, std::size_t index) {
   Json json;
   json["index"] = index;
@@ -40,8 +67,7 @@ Json RowJson(const SessionFile& file, std::size_t index) {
   json["name"] = ToUtf8(file.name);
   json["size"] = file.numbers.size;
   json["modified_ticks"] = file.numbers.modified;
-  const std::optional<std::string> modified = LocalIsoText(file.numbers.modified);
-  json["modified"] = modified ? Json(*modified) : Json(nullptr);
+  json["modified"] = ModifiedJson(file);
   json["deleted"] = file.numbers.deleted != 0;
   return json;
 }
@@ -104,25 +130,32 @@ void WriteListTable(const ListReport& report, OutputStream& out) {
 void WriteListJson(const ListReport& report, OutputStream& out) {
   JsonWriter object(out, "list");
   object.Member("roots", JsonStrings(report.roots));
-  Json options;
-  options["mode"] = ModeWord(report.options.mode);
-  options["top"] = report.options.top ? Json(*report.options.top) : Json(nullptr);
-  object.Member("options", options);
+  object.Member("options", OptionsJson(report));
   object.Member("start_time", report.start_time);
   object.Member("status", StatusWord(report.status));
   object.Member("cancelled", report.status == QS_CANCELLED);
   object.ArrayMember("rows", ListedRows(report),
                      [&](std::size_t i) { return RowJson(report.rows[i], i); });
   object.Member("clean", CleanJson(report));
-  Json totals;
-  totals["files_visited"] = report.files_visited;
-  totals["bytes_visited"] = report.bytes_visited;
-  totals["row_count"] = report.rows.size();
-  object.Member("totals", totals);
-  Json performance;
-  performance["elapsed_us"] = report.elapsed_us;
-  object.Member("performance", performance);
+  object.Member("totals", TotalsJson(report));
+  object.Member("performance", PerformanceJson(report));
   object.End();
+}
+
+void WriteListHtml(const ListReport& report) {
+  HtmlPage page(report.options.html, "list");
+  page.Member("roots", JsonStrings(report.roots));
+  page.Member("options", OptionsJson(report));
+  page.Member("start_time", report.start_time);
+  page.Member("status", StatusWord(report.status));
+  page.Member("totals", TotalsJson(report));
+  page.Member("performance", PerformanceJson(report));
+  page.Member("groups", Json::array());
+  page.Rows({"size", "modified"}, ListedRows(report), [&](std::size_t i) {
+    const SessionFile& file = report.rows[i];
+    return PageRow{file.path, Json::array({file.numbers.size, ModifiedJson(file)})};
+  });
+  page.End();
 }
 
 }  // namespace quastel::client

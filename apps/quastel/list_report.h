@@ -16,6 +16,7 @@ namespace quastel::client {
 struct ListOptions {
   std::vector<std::wstring> roots;  // as typed
   bool json = false;
+  std::wstring html;  // the page to make, absolute; empty for none
   std::optional<std::uint64_t> top;
   std::uint32_t mode = QS_SESSION_ALL_FILES;
   std::vector<std::uint64_t> clean;  // indexes of rows; empty for no clean
@@ -40,6 +41,8 @@ struct ListReport {
 
 void WriteListTable(const ListReport& report, OutputStream& out);
 void WriteListJson(const ListReport& report, OutputStream& out);
+// The page that report.options.html names.
+void WriteListHtml(const ListReport& report);
 
 }  // namespace quastel::client
 

@@ -71,6 +71,8 @@ Json JunkGroupJson(const ReportGroup& group) {
   return json;
 }
 
+}  // namespace
+
 Json GroupJson(const ReportGroup& group, std::uint32_t kind) {
   if (kind == QS_SCAN_KIND_JUNK_RULES) {
     return JunkGroupJson(group);
@@ -159,8 +161,6 @@ Json PerformanceJson(const Report& report) {
   }
   return json;
 }
-
-}  // namespace
 
 void WriteJson(const Report& report, OutputStream& out) {
   const std::uint32_t kind = report.request.kind;

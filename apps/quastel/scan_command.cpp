@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "clean.h"
+#include "html_report.h"
 #include "interrupt.h"
 #include "messages.h"
 #include "path_text.h"
@@ -105,6 +106,7 @@ ExitCode CleanFindings(const Report& report, Console& console) {
 }  // namespace
 
 ExitCode RunScanCommand(const ScanCommand& command, const ScanOptions& options, Console& console) {
+  CheckHtmlPath(options.html, options.clean.has_value());
   Report report = Scan(command, options, console);
   if (ExitCodeOf(report.status) == ExitCode::kError && command.explain_failure != nullptr) {
     command.explain_failure(report);
@@ -117,6 +119,12 @@ ExitCode RunScanCommand(const ScanCommand& command, const ScanOptions& options, 
     WriteJson(report, console.out);
   } else {
     WriteTable(report, command.table, console.out);
+  }
+  if (!options.html.empty()) {
+    // What was found is told even if no page can be made of it.
+    console.out.Flush();
+    WriteHtml(report);
+    TellHtmlPath(options.html, options.json, console.out);
   }
   return EndReport(report.status, options.json, console);
 }

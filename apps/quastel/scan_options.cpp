@@ -3,7 +3,9 @@
 #include <array>
 #include <utility>
 
+#include "full_path.h"
 #include "text.h"
+#include "user_error.h"
 
 namespace quastel::client {
 namespace {
@@ -44,6 +46,13 @@ ScanOptionParser::ScanOptionParser(CLI::App& command, const ScanWords& words) {
         ->required();
   }
   command.add_flag("--json", json_, "Write one JSON object instead of a table");
+  html_option_ =
+      command
+          .add_option(
+              "--html", html_,
+              "Also make a page for a browser, with a map of the folders and a table to sort "
+              "and filter: a new file, nothing is overwritten")
+          ->type_name("FILE");
   const auto check = [things = words.things](const std::string& text) {
     return CheckCount(text, things);
   };
@@ -70,6 +79,13 @@ ScanOptions ScanOptionParser::Read() const {
     options.roots.push_back(FromUtf8(root));
   }
   options.json = json_;
+  if (html_option_->count() != 0) {
+    if (html_.empty()) {
+      throw UserError(ExitCode::kUsage, "the name of the page is empty",
+                      "write --html and a file that is not there yet");
+    }
+    options.html = FullPath(FromUtf8(html_));
+  }
   options.protect = !no_protect_;
   if (top_option_->count() != 0) {
     options.top = top_;

@@ -26,6 +26,7 @@ struct JunkOptions {
 struct ScanOptions {
   std::vector<std::wstring> roots;  // as typed
   bool json = false;
+  std::wstring html;  // the page to make, absolute; empty for none
   bool protect = true;
   std::optional<std::uint64_t> top;
   std::optional<std::uint64_t> min_size;  // duplicates only
@@ -40,7 +41,7 @@ struct ScanWords {
   std::string help;           // names the keys
   std::string things;         // "rows"
   bool takes_roots = true;
-  bool protects = true;       // stays out of the protected folders unless told otherwise
+  bool protects = true;  // stays out of the protected folders unless told otherwise
 };
 
 // Lets `command` accept what all scan commands do; it must live until the arguments were parsed and
@@ -52,8 +53,10 @@ class ScanOptionParser {
 
  private:
   const CLI::Option* top_option_;
+  const CLI::Option* html_option_;
   std::vector<std::string> roots_;
   bool json_ = false;
+  std::string html_;
   bool no_protect_ = false;
   std::uint64_t top_ = 0;
   std::string sort_;

@@ -15,10 +15,19 @@ foreach(language c cpp)
   add_dependencies(example_${language} quastel_core)
 endforeach()
 
+# And one that links it.
+add_executable(example_window_worker ${PROJECT_SOURCE_DIR}/examples/window_worker.cpp)
+target_link_libraries(example_window_worker PRIVATE quastel_core)
+quastel_compile_options(example_window_worker)
+quastel_windows_link_options(example_window_worker)
+if(MINGW)
+  target_link_options(example_window_worker PRIVATE -municode)
+endif()
+
 if(CMAKE_CROSSCOMPILING)
   add_test(NAME examples
-    COMMAND ${callers}/run_tests.sh examples_test.py
-      $<TARGET_FILE:example_c> $<TARGET_FILE:example_cpp>)
+    COMMAND ${callers}/run_tests.sh examples_test.py $<TARGET_FILE:example_c>
+      $<TARGET_FILE:example_cpp> $<TARGET_FILE:example_window_worker>)
   set_tests_properties(examples PROPERTIES TIMEOUT 600 RESOURCE_LOCK wine)
 
   # What the bindings need besides, fetched once and kept in the build folder.

@@ -10,14 +10,17 @@ quastel_windows_test(client_unit_tests
   ${client_tests}/duplicate_stage_test.cpp
   ${client_tests}/empty_folders_test.cpp
   ${client_tests}/hash_digits_test.cpp
+  ${client_tests}/html_page_test.cpp
   ${client_tests}/junk_report_test.cpp
   ${client_tests}/name_order_test.cpp
   ${client_tests}/nearest_word_test.cpp
+  ${client_tests}/new_file_test.cpp
   ${client_tests}/path_text_test.cpp
   ${client_tests}/report_json_test.cpp
   ${client_tests}/rule_agreement_test.cpp
   ${client_tests}/rule_problem_test.cpp
   ${client_tests}/rule_warnings_test.cpp
+  ${client_tests}/script_json_test.cpp
   ${client_tests}/text_test.cpp
   ${client_tests}/text_positions_test.cpp
   ${client_tests}/time_text_test.cpp
@@ -30,11 +33,13 @@ quastel_windows_test(client_unit_tests
   ${client_sources}/empty_folders.cpp
   ${client_sources}/full_path.cpp
   ${client_sources}/hash_digits.cpp
+  ${client_sources}/html_page.cpp
   ${client_sources}/interrupt.cpp
   ${client_sources}/json_writer.cpp
   ${client_sources}/junk_report.cpp
   ${client_sources}/name_order.cpp
   ${client_sources}/nearest_word.cpp
+  ${client_sources}/new_file.cpp
   ${client_sources}/own_walk.cpp
   ${client_sources}/path_complaint.cpp
   ${client_sources}/path_text.cpp
@@ -52,6 +57,7 @@ quastel_windows_test(client_unit_tests
   ${client_sources}/rule_warnings.cpp
   ${client_sources}/scan_options.cpp
   ${client_sources}/scan_roots.cpp
+  ${client_sources}/script_json.cpp
   ${client_sources}/status_text.cpp
   ${client_sources}/text.cpp
   ${client_sources}/text_positions.cpp
@@ -61,6 +67,7 @@ quastel_windows_test(client_unit_tests
 target_include_directories(client_unit_tests PRIVATE ${client_sources})
 target_include_directories(client_unit_tests SYSTEM PRIVATE ${CMAKE_BINARY_DIR}/client_headers)
 target_compile_definitions(client_unit_tests PRIVATE
+  QUASTEL_CLIENT_VERSION="${PROJECT_VERSION}"
   QUASTEL_RULES_FOLDER="${PROJECT_SOURCE_DIR}/rules"
   QUASTEL_RULE_SEEDS="${PROJECT_SOURCE_DIR}/tests/fuzz/corpus/rule_document"
   UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00)
@@ -81,11 +88,24 @@ if(CMAKE_CROSSCOMPILING)
     COMMAND ${client_tests}/run_tests.sh empty_test.py $<TARGET_FILE:quastel>)
   add_test(NAME client_rules
     COMMAND ${client_tests}/run_tests.sh rules_test.py $<TARGET_FILE:quastel>)
+  # What --json writes, against docs/report.schema.json.
+  add_test(NAME client_schema
+    COMMAND ${client_tests}/run_tests.sh schema_test.py $<TARGET_FILE:quastel>)
+  # The pages of each scan, which the tests in a browser show.
+  set(client_pages ${CMAKE_BINARY_DIR}/html_pages)
+  add_test(NAME client_html
+    COMMAND ${CMAKE_COMMAND} -E env QUASTEL_HTML_PAGES=${client_pages}
+      ${client_tests}/run_tests.sh html_test.py $<TARGET_FILE:quastel>)
+  set_tests_properties(client_html PROPERTIES FIXTURES_SETUP html_pages)
+  add_test(NAME html_page
+    COMMAND ${PROJECT_SOURCE_DIR}/tests/html/run_tests.sh ${client_pages})
+  set_tests_properties(html_page PROPERTIES FIXTURES_REQUIRED html_pages TIMEOUT 600)
   # The hashes against another implementation, over files of thousands of sizes.
   add_test(NAME client_hash_crosscheck
     COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/scripts/crosscheck_hashes.py
       --client $<TARGET_FILE:quastel>)
   set_tests_properties(client client_duplicates client_clean client_hash client_junk client_empty client_rules
+    client_html client_schema
     client_hash_crosscheck
     PROPERTIES TIMEOUT 600 RESOURCE_LOCK wine)
 endif()

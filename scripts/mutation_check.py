@@ -6,13 +6,14 @@
     scripts/mutation_check.py --again build/mutants/result.json
 
 The faults are those of mutation_operators.py, spread over the rooms by their lines of code; the same
-seed makes the same ones. The tests are built once, from a copy of the tree in build/mutants; for each
-fault only what it changes is compiled, and linked in front of the rest. The working tree stays as it
-is. A fault is caught when a test program fails, crashes or takes far longer than it does without the
-fault. One that does not compile is replaced by the next.
+seed makes the same ones. Those that change nothing are listed in mutation_equivalents.json. The tests
+are built once, from a copy of the tree in build/mutants; for each fault only what it changes is
+compiled, and linked in front of the rest. The working tree stays as it is. A fault is caught when a
+test program fails, crashes or takes far longer than it does without the fault. One that does not
+compile is replaced by the next.
 
---resume goes on with a run of the same count and seed that was ended; --again tries the survivors of an
-earlier run, after tests for them were written.
+--resume goes on with a run of the same count and seed that was ended. --again tries the survivors of
+an earlier run, after tests for them were written.
 Exit code 1 when fewer than 95 % are caught.
 """
 
@@ -34,10 +35,13 @@ import threading
 import time
 
 sys.dont_write_bytecode = True  # the source tree stays as it is
-from mutation_operators import OPERATORS, Mutant, apply, code_lines, find_mutants  # noqa: E402
+from mutation_operators import (  # noqa: E402
+    OPERATORS, Mutant, apply, code_lines, find_mutants, is_listed)
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build" / "mutants"
+# Faults that change nothing which could be observed, each with its reason. They are not chosen.
+EQUIVALENTS = ROOT / "scripts" / "mutation_equivalents.json"
 ENOUGH = 0.95
 LIBRARY = "src/CMakeFiles/quastel_core_host.dir/"
 # The programs that know most about a room go first, the others by the time that they take.
@@ -76,7 +80,7 @@ def room_of(name):
 class Choice:
     """The mutants in the order in which they are tried, for each room, and how many each room gets."""
 
-    def __init__(self, files, count, seed):
+    def __init__(self, files, count, seed, equivalents=()):
         chance = random.Random(seed)
         weights = collections.Counter()
         lines = collections.defaultdict(list)
@@ -87,15 +91,17 @@ class Choice:
             if found:
                 weights[room_of(name)] += weight * sum(1 for _ in code_lines(text))
             for number in sorted(found):
-                lines[room_of(name)].append((weight, found[number]))
+                lines[room_of(name)].append((weight, text, found[number]))
         self.orders = {}
         for room in sorted(lines):
             # One fault for each line; which of the operators makes it is as likely as any other.
             order = []
-            for weight, mutants in lines[room]:
+            for weight, text, mutants in lines[room]:
                 operator = chance.choice(sorted({m.operator for m in mutants}))
                 mutant = chance.choice([m for m in mutants if m.operator == operator])
-                order.append((chance.random() ** (1 / weight), mutant))
+                place = chance.random() ** (1 / weight)
+                if not is_listed(text, mutant, equivalents):
+                    order.append((place, mutant))
             order.sort(key=lambda entry: -entry[0])
             self.orders[room] = [mutant for _, mutant in order]
         self.quotas = share(count, weights, {r: len(o) for r, o in self.orders.items()})
@@ -263,7 +269,7 @@ class Bench:
             if self.build.run([command[0], *own, *command[1:]]).returncode != 0:
                 return "does not compile"
             took = self.build.times[program]
-            outcome = self.tests.run(self.program, 60 + 10 * took, 20 + 5 * took)
+            outcome = self.tests.run(self.program, 60 + 10 * took, 10 + 3 * took)
             if outcome != "passed":
                 return f"{program}: {outcome}"
         return "survived"
@@ -490,7 +496,8 @@ def main():
     if arguments.again:
         results = try_again(arguments.again, arguments.only, make_benches(arguments))
     else:
-        choice = Choice(sources(ROOT, arguments.only), arguments.count, arguments.seed)
+        choice = Choice(sources(ROOT, arguments.only), arguments.count, arguments.seed,
+                        load(EQUIVALENTS))
         if arguments.list:
             for mutant in choice.first():
                 print(mutant.name(), *(f"\n  - {line}" for line in mutant.before),

@@ -143,6 +143,13 @@ class Choices(unittest.TestCase):
         self.assertEqual(24, len(places))
         self.assertEqual(6, sum(m.file.startswith("src/junk/") for m in chosen))
 
+    def test_what_is_listed_as_equivalent_is_not_chosen(self):
+        files = [("src/fs/a.cpp", "  if (a) {\n    ++b;\n  }\n  if (c) {\n    ++b;\n  }\n")]
+        entry = {"file": "src/fs/a.cpp", "behind": "  if (c) {", "before": ["    ++b;"]}
+        entries = [dict(entry, after=[f"    {after};"]) for after in ("--b", "")]
+        places = {m.line for seed in range(20) for m in Choice(files, 4, seed, entries).first()}
+        self.assertEqual({1, 2, 4}, places)
+
     def test_shares_are_whole_and_within_their_limits(self):
         self.assertEqual({"a": 3, "b": 1}, share(4, {"a": 30, "b": 10}, {"a": 9, "b": 9}))
         self.assertEqual({"a": 1, "b": 2}, share(9, {"a": 30, "b": 10}, {"a": 1, "b": 2}))

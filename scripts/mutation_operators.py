@@ -221,6 +221,15 @@ def find_mutants(file, text):
     return found
 
 
+def is_listed(text, mutant, entries):
+    """Whether one of the entries describes this mutant: file, lines, and if need be the line before."""
+    lines = text.split("\n")
+    return any(entry["file"] == mutant.file and tuple(entry["before"]) == mutant.before and
+               tuple(entry["after"]) == mutant.after and
+               entry.get("behind", lines[mutant.line - 2]) == lines[mutant.line - 2]
+               for entry in entries)
+
+
 def apply(text, mutant):
     """The text with the fault in it."""
     lines = text.split("\n")

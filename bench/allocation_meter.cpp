@@ -1,31 +1,40 @@
 #include "allocation_meter.h"
 
-#include <malloc.h>
-
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <new>
+
+#include "platform/file.h"
 
 namespace {
 
 std::atomic<std::uint64_t> in_use{0};
 std::atomic<std::uint64_t> peak{0};
+thread_local bool is_paused = false;
+
+// What stands in front of each block: how much of it is counted. It is as long as what the heap of
+// a real system puts there.
+constexpr std::size_t kHeader = alignof(std::max_align_t);
 
 void* Allocate(std::size_t size) {
-  void* block = std::malloc(size == 0 ? 1 : size);
+  void* const block = std::malloc(kHeader + size);
   if (block == nullptr) {
     throw std::bad_alloc();
   }
-  const std::uint64_t now = in_use.fetch_add(malloc_usable_size(block)) + malloc_usable_size(block);
+  const std::uint64_t counted = is_paused ? 0 : kHeader + size;
+  *static_cast<std::uint64_t*>(block) = counted;
+  const std::uint64_t now = in_use.fetch_add(counted) + counted;
   std::uint64_t highest = peak.load();
   while (now > highest && !peak.compare_exchange_weak(highest, now)) {
   }
-  return block;
+  return static_cast<unsigned char*>(block) + kHeader;
 }
 
-void Release(void* block) noexcept {
-  if (block != nullptr) {
-    in_use.fetch_sub(malloc_usable_size(block));
+void Release(void* memory) noexcept {
+  if (memory != nullptr) {
+    void* const block = static_cast<unsigned char*>(memory) - kHeader;
+    in_use.fetch_sub(*static_cast<std::uint64_t*>(block));
     std::free(block);
   }
 }
@@ -50,6 +59,42 @@ void operator delete(void* block, std::size_t) noexcept {
 void operator delete[](void* block, std::size_t) noexcept {
   Release(block);
 }
+
+namespace quastel::platform {
+
+// What is written goes onto the simulated disk, and what is opened leaves a trace there: memory,
+// but none of the scan's.
+Result<std::uint32_t> RealWriteTo(const FileHandle& file, const void* data,
+                                  std::uint32_t size) noexcept
+    asm("__real__ZN7quastel8platform7WriteToERKNS0_12UniqueHandleINS0_10FilePolicyEEEPKvj");
+Result<std::uint32_t> MeteredWriteTo(const FileHandle& file, const void* data,
+                                     std::uint32_t size) noexcept
+    asm("__wrap__ZN7quastel8platform7WriteToERKNS0_12UniqueHandleINS0_10FilePolicyEEEPKvj");
+
+Result<FileHandle> RealOpenFile(const Char* path, std::uint32_t access, std::uint32_t share,
+                                Disposition disposition, std::uint32_t flags) noexcept
+    asm("__real__ZN7quastel8platform8OpenFileEPKDsjjNS0_11DispositionEj");
+Result<FileHandle> MeteredOpenFile(const Char* path, std::uint32_t access, std::uint32_t share,
+                                   Disposition disposition, std::uint32_t flags) noexcept
+    asm("__wrap__ZN7quastel8platform8OpenFileEPKDsjjNS0_11DispositionEj");
+
+Result<FileHandle> MeteredOpenFile(const Char* path, std::uint32_t access, std::uint32_t share,
+                                   Disposition disposition, std::uint32_t flags) noexcept {
+  is_paused = true;
+  auto file = RealOpenFile(path, access, share, disposition, flags);
+  is_paused = false;
+  return file;
+}
+
+Result<std::uint32_t> MeteredWriteTo(const FileHandle& file, const void* data,
+                                     std::uint32_t size) noexcept {
+  is_paused = true;
+  auto result = RealWriteTo(file, data, size);
+  is_paused = false;
+  return result;
+}
+
+}  // namespace quastel::platform
 
 namespace quastel::bench {
 

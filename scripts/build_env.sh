@@ -71,6 +71,7 @@ install_for_host() {
   want_command gcc gcc
   want_command clang++ clang
   want_command xxhsum xxhash
+  want_command valgrind valgrind
   want_file /usr/include/expat.h libexpat1-dev
   want_file /usr/include/assert.h libc6-dev
   install_missing

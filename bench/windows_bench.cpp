@@ -1,0 +1,250 @@
+// Does one piece of work after the other, as its standard input asks: WORK FOLDER [PROFILE]. Each
+// is answered by one line of JSON when it is done. Whoever asks measures what it cost; both sides
+// of a ratio are asked for in turn, in one process.
+
+#include <windows.h>
+
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <iostream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "one_scan.h"
+#include "yardsticks.h"
+
+namespace {
+
+using quastel::bench::Counts;
+using quastel::bench::OneScan;
+using quastel::bench::ScanOptions;
+
+struct Request {
+  std::string work;
+  std::wstring folder;
+  std::wstring profile;  // empty: no cache
+};
+
+struct Answer {
+  Counts counts;
+  qs_product_scan_performance figures = {};
+  std::vector<double> latencies_ms = {};
+};
+
+std::wstring Widen(const std::string& text) {
+  return std::wstring(text.begin(), text.end());
+}
+
+ScanOptions OptionsFor(const Request& request, std::uint32_t kind) {
+  ScanOptions options;
+  options.kind = kind;
+  options.root = request.folder.c_str();
+  options.user_home = request.profile.empty() ? nullptr : request.profile.c_str();
+  return options;
+}
+
+Answer Walk(const Request& request) {
+  Answer answer;
+  const auto count = [](void* user, const qs_char*, uint64_t, uint64_t, const qs_char*) {
+    ++*static_cast<std::uint64_t*>(user);
+  };
+  (void)qs_enumerate_files(request.folder.c_str(), nullptr, 1, count, &answer.counts.files,
+                           nullptr);
+  return answer;
+}
+
+void ReadRows(qs_product_scan* scan) {
+  std::uint64_t rows = 0;
+  (void)qs_product_scan_report_count(scan, &rows);
+  std::vector<qs_char> texts(4 * 1024);
+  for (std::uint64_t i = 0; i < rows; ++i) {
+    qs_product_scan_row row = {};
+    qs_char* const text = texts.data();
+    (void)qs_product_scan_report_row(scan, i, text, 1024, nullptr, text + 1024, 1024, nullptr,
+                                     text + 2048, 1024, nullptr, text + 3072, 1024, nullptr, &row);
+  }
+}
+
+Answer LargeFiles(const Request& request) {
+  OneScan scan;
+  ScanOptions options = OptionsFor(request, QS_SCAN_KIND_LARGE_FILES);
+  options.user_home = L"C:\\Users\\someone";
+  options.system_root = L"C:\\";
+  scan.Run(options);
+  ReadRows(scan.get());
+  return {.counts = {}, .figures = scan.Figures()};
+}
+
+Answer Duplicates(const Request& request) {
+  OneScan scan;
+  scan.Run(OptionsFor(request, QS_SCAN_KIND_DUPLICATES));
+  return {.counts = {}, .figures = scan.Figures()};
+}
+
+// The same with a caller that looks on every 10 ms.
+Answer PolledDuplicates(const Request& request) {
+  OneScan scan;
+  std::atomic<bool> ended{false};
+  std::thread caller([&] {
+    while (!ended) {
+      qs_product_scan_status status = {};
+      (void)qs_product_scan_poll(scan.get(), &status);
+      qs_char path[1024];
+      (void)qs_product_scan_current_path(scan.get(), path, 1024, nullptr);
+      Sleep(10);
+    }
+  });
+  scan.Run(OptionsFor(request, QS_SCAN_KIND_DUPLICATES));
+  ended = true;
+  caller.join();
+  return {.counts = {}, .figures = scan.Figures()};
+}
+
+// The rules lie beside the folders that they name.
+Answer Junk(const Request& request) {
+  OneScan scan;
+  const std::wstring rules = request.folder + L"\\rules.xml";
+  ScanOptions options;
+  options.kind = QS_SCAN_KIND_JUNK_RULES;
+  options.user_home = request.folder.c_str();
+  options.system_root = L"C:\\";
+  options.rules_path = rules.c_str();
+  scan.Run(options);
+  return {.counts = {}, .figures = scan.Figures()};
+}
+
+double Milliseconds() {
+  LARGE_INTEGER now;
+  LARGE_INTEGER frequency;
+  QueryPerformanceCounter(&now);
+  QueryPerformanceFrequency(&frequency);
+  return static_cast<double>(now.QuadPart) * 1e3 / static_cast<double>(frequency.QuadPart);
+}
+
+// From the cancel to the return of the scan, at random moments of a scan of this kind.
+Answer Cancel(const Request& request, std::uint32_t kind) {
+  Answer answer;
+  OneScan scan;
+  std::mt19937 random(7);
+  const double begin = Milliseconds();
+  scan.Run(OptionsFor(request, kind));
+  const double whole = Milliseconds() - begin;
+  for (int i = 0; i < 20; ++i) {
+    const double moment = whole * (random() % 1000) / 1000;
+    double returned = 0;
+    std::thread scanning([&] {
+      const ScanOptions options = OptionsFor(request, kind);
+      const qs_char* roots[] = {options.root};
+      qs_product_scan_request of_scan = {};
+      of_scan.size = sizeof(of_scan);
+      of_scan.kind = kind;
+      of_scan.roots = roots;
+      of_scan.root_count = 1;
+      (void)qs_product_scan_start(scan.get(), &of_scan);
+      returned = Milliseconds();
+    });
+    Sleep(static_cast<DWORD>(moment));
+    const double cancelled = Milliseconds();
+    (void)qs_product_scan_cancel(scan.get());
+    scanning.join();
+    answer.latencies_ms.push_back(returned > cancelled ? returned - cancelled : 0);
+  }
+  return answer;
+}
+
+// Lists everything as duplicates do not matter: a scan of large files, whose rows all go.
+Answer CleanRows(const Request& request) {
+  OneScan scan;
+  scan.Run(OptionsFor(request, QS_SCAN_KIND_LARGE_FILES));
+  Answer answer = {.counts = {}, .figures = scan.Figures()};
+  std::vector<std::uint64_t> ids(static_cast<std::size_t>(answer.figures.item_count));
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    ids[i] = i;
+  }
+  (void)qs_product_scan_start_clean(scan.get(), ids.data(), ids.size());
+  qs_product_clean_status status = {};
+  (void)qs_product_scan_poll_clean(scan.get(), &status);
+  answer.counts.files = status.processed;
+  return answer;
+}
+
+Answer Perform(const Request& request) {
+  if (request.work == "bare") {
+    return {.counts = quastel::bench::BareLoop(request.folder)};
+  }
+  if (request.work == "stages") {
+    return {.counts = quastel::bench::ThreeStages(request.folder)};
+  }
+  if (request.work == "bytes") {
+    return {.counts = quastel::bench::ReadBytes(request.folder)};
+  }
+  if (request.work == "delete") {
+    return {.counts = quastel::bench::DeleteFiles(request.folder)};
+  }
+  if (request.work == "walk") {
+    return Walk(request);
+  }
+  if (request.work == "large") {
+    return LargeFiles(request);
+  }
+  if (request.work == "duplicates") {
+    return Duplicates(request);
+  }
+  if (request.work == "polled") {
+    return PolledDuplicates(request);
+  }
+  if (request.work == "junk") {
+    return Junk(request);
+  }
+  if (request.work == "cancel-large") {
+    return Cancel(request, QS_SCAN_KIND_LARGE_FILES);
+  }
+  if (request.work == "cancel-duplicates") {
+    return Cancel(request, QS_SCAN_KIND_DUPLICATES);
+  }
+  if (request.work == "clean") {
+    return CleanRows(request);
+  }
+  std::fprintf(stderr, "no such work: %s\n", request.work.c_str());
+  std::exit(2);
+}
+
+void Print(const Answer& answer) {
+  const qs_product_scan_performance& figures = answer.figures;
+  const std::uint64_t in_stages =
+      figures.filter_roots_us + figures.walk_us + figures.group_by_size_us + figures.sample_us +
+      figures.sample_keys_us + figures.plan_hashes_us + figures.hash_us + figures.group_by_hash_us;
+  std::ostringstream line;
+  line << "{\"files\": " << answer.counts.files << ", \"opens\": " << answer.counts.opens
+       << ", \"bytes\": " << answer.counts.bytes << ", \"visited\": " << figures.files_visited
+       << ", \"rows\": " << figures.row_count << ", \"sampled\": " << figures.sampled_items
+       << ", \"hashed\": " << figures.hashed_items << ", \"elapsed_us\": " << figures.elapsed_us
+       << ", \"walk_us\": " << figures.walk_us << ", \"sample_us\": " << figures.sample_us
+       << ", \"hash_us\": " << figures.hash_us << ", \"stages_us\": " << in_stages
+       << ", \"latencies_ms\": [";
+  for (std::size_t i = 0; i < answer.latencies_ms.size(); ++i) {
+    line << (i == 0 ? "" : ", ") << answer.latencies_ms[i];
+  }
+  std::cout << line.str() << "]}" << std::endl;
+}
+
+}  // namespace
+
+int main() {
+  std::cout << "{\"process\": " << GetCurrentProcessId() << "}" << std::endl;
+  for (std::string line; std::getline(std::cin, line);) {
+    std::istringstream words(line);
+    Request request;
+    std::string folder;
+    std::string profile;
+    words >> request.work >> folder >> profile;
+    request.folder = Widen(folder);
+    request.profile = Widen(profile);
+    Print(Perform(request));
+  }
+  return 0;
+}

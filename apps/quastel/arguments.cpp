@@ -7,6 +7,7 @@
 #include "duplicates_command.h"
 #include "empty_command.h"
 #include "hash_command.h"
+#include "help_examples.h"
 #include "junk_command.h"
 #include "large_command.h"
 #include "list_command.h"
@@ -15,23 +16,10 @@
 #include "text.h"
 #include "user_error.h"
 #include "version_command.h"
+#include "wrap_help.h"
 
 namespace quastel::client {
 namespace {
-
-constexpr const char* kFooter =
-    "Examples:\n"
-    "  quastel large D:\\ --top 20\n"
-    "  quastel large C:\\Users --json > large.json\n"
-    "  quastel large C:\\Users --html large.html\n"
-    "  quastel duplicates D:\\photos E:\\photos --min-size 1M\n"
-    "  quastel junk --category \"Temporary files\" --top 20\n"
-    "  quastel junk --html junk.html\n"
-    "  quastel empty C:\\Users\n"
-    "  quastel duplicates D:\\photos --clean --recycle --keep oldest --dry-run\n"
-    "  quastel clean --from large.json --permanent\n"
-    "\n"
-    "Exit codes: 0 done, 1 error, 2 usage, 3 done but some rows failed, 5 cancelled.";
 
 std::vector<std::string> CommandNames(const CLI::App& app) {
   std::vector<std::string> names;
@@ -102,14 +90,22 @@ void CheckCommand(const CLI::App& app, const std::string& word) {
   throw UserError(ExitCode::kUsage, error.what(), HelpHint(command));
 }
 
-Action PrintText(std::string text) {
-  if (!text.ends_with("\n")) {
-    text += "\n";
-  }
-  return [text](Console& console) {
-    console.out.Write(text);
+Action PrintVersion() {
+  return [](Console& console) {
+    console.out.Write(VersionText() + "\n");
     console.out.Flush();
     return ExitCode::kDone;
+  };
+}
+
+// For whom the program was called without arguments the help is a complaint.
+Action PrintHelp(const std::string& help, ExitCode code) {
+  return [help, code](Console& console) {
+    OutputStream& stream = code == ExitCode::kDone ? console.out : console.err;
+    // Some consoles wrap a line that fills the last column, and make its line end an empty line.
+    stream.Write(WrapHelp(help, stream.Width() - (stream.IsTerminal() ? 1 : 0)));
+    stream.Flush();
+    return code;
   };
 }
 
@@ -134,7 +130,7 @@ Action ParseArguments(const std::vector<std::wstring>& arguments) {
   app.allow_windows_style_options(false);
   app.require_subcommand(1);
   app.set_version_flag("--version", VersionText(), "Tell the versions and exit");
-  app.footer(kFooter);
+  app.get_formatter()->column_width(kExplanationColumn);
   AddLargeCommand(app, action);
   AddDuplicatesCommand(app, action);
   AddJunkCommand(app, action);
@@ -144,22 +140,18 @@ Action ParseArguments(const std::vector<std::wstring>& arguments) {
   AddHashCommand(app, action);
   AddRulesCommand(app, action);
   AddVersionCommand(app, action);
+  AddExamples(app);
 
   if (arguments.empty()) {
-    const std::string help = app.help();
-    return [help](Console& console) {
-      console.err.Write(help);
-      console.err.Flush();
-      return ExitCode::kUsage;
-    };
+    return PrintHelp(app.help(), ExitCode::kUsage);
   }
   CheckCommand(app, ToUtf8(arguments.front()));
   try {
     app.parse(ForParser(arguments));
-  } catch (const CLI::CallForVersion& version) {
-    return PrintText(version.what());
+  } catch (const CLI::CallForVersion&) {
+    return PrintVersion();
   } catch (const CLI::CallForHelp&) {
-    return PrintText(app.help());
+    return PrintHelp(app.help(), ExitCode::kDone);
   } catch (const CLI::ParseError& error) {
     ThrowUsageError(app, error);
   }

@@ -23,7 +23,7 @@ void WriteDuplicates(const Report& report, OutputStream& out) {
     const ReportGroup& group = report.groups[i];
     WriteGroup(group, out);
     for (const std::size_t end = row + static_cast<std::size_t>(group.count); row < end; ++row) {
-      out.Write("  " + ShownPath(report.rows[row].path) + "\n");
+      out.Write("  " + FittedPath(report.rows[row].path, 2, out) + "\n");
     }
     out.Write("\n");
   }

@@ -77,10 +77,10 @@ void WriteEmptyTable(const EmptyReport& report, OutputStream& out) {
                   : "Nothing was found.\n");
   } else {
     if (listed != 0) {
-      out.Write(PadLeft("Folders", kCountWidth) + "  Path\n");
+      WriteHeading(PadLeft("Folders", kCountWidth) + "  Path", out);
       for (std::size_t i = 0; i < listed; ++i) {
         out.Write(PadLeft(GroupedNumber(report.rows[i].folders), kCountWidth) + "  " +
-                  ShownPath(report.rows[i].path) + "\n");
+                  FittedPath(report.rows[i].path, kCountWidth + 2, out) + "\n");
       }
       out.Write("\n");
     }

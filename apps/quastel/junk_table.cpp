@@ -70,19 +70,19 @@ void WriteGroups(const Report& report, OutputStream& out) {
   }
   const std::size_t count_width =
       std::max(GroupedNumber(report.rows.size()).size(), kFilesTitle.size());
-  const auto write = [&](const std::wstring& name, std::string_view count, std::string_view size,
-                         std::string_view path) {
+  const auto front = [&](const std::wstring& name, std::string_view count, std::string_view size) {
     std::string line = PadCells(name, name_width);
     line.append(kGap).append(PadLeft(count, count_width));
-    line.append(kGap).append(PadLeft(size, kSizeWidth));
-    if (!path.empty()) {
-      line.append(kGap).append(path);
-    }
-    out.Write(line.append("\n"));
+    return line.append(kGap).append(PadLeft(size, kSizeWidth));
   };
-  write(title, kFilesTitle, "Size", "");
+  const std::size_t used = name_width + count_width + kSizeWidth + 3 * kGap.size();
+  WriteHeading(front(title, kFilesTitle, "Size"), out);
   for (const Line& line : lines) {
-    write(line.name, GroupedNumber(line.count), HumanSize(line.bytes), ShownPath(line.path));
+    std::string text = front(line.name, GroupedNumber(line.count), HumanSize(line.bytes));
+    if (!line.path.empty()) {
+      text.append(kGap).append(FittedPath(line.path, used, out));
+    }
+    out.Write(text.append("\n"));
   }
   FileSum total;
   FileSum selected;
@@ -95,22 +95,21 @@ void WriteGroups(const Report& report, OutputStream& out) {
       selected.bytes += group.selected_bytes;
     }
   }
-  write(L"Total", GroupedNumber(total.count), HumanSize(total.bytes), "");
-  write(L"Selected", GroupedNumber(selected.count), HumanSize(selected.bytes), "");
+  out.Write(front(L"Total", GroupedNumber(total.count), HumanSize(total.bytes)) + "\n");
+  out.Write(front(L"Selected", GroupedNumber(selected.count), HumanSize(selected.bytes)) + "\n");
 }
 
 void WriteFiles(const Report& report, OutputStream& out) {
-  const auto write = [&out](std::string_view size, std::string_view modified,
-                            std::string_view path) {
+  const auto front = [](std::string_view size, std::string_view modified) {
     std::string line = PadLeft(size, kSizeWidth);
-    line.append(kGap).append(PadRight(modified, kTimeWidth));
-    out.Write(line.append(kGap).append(path).append("\n"));
+    return line.append(kGap).append(PadRight(modified, kTimeWidth)).append(kGap);
   };
-  write("Size", "Modified", "Path");
+  WriteHeading(front("Size", "Modified") + "Path", out);
   for (std::size_t i = 0; i < report.listed; ++i) {
     const ScanRow& row = report.rows[i];
-    write(HumanSize(PositiveSize(row)), LocalMinuteText(row.numbers.modified).value_or("-"),
-          ShownPath(row.path));
+    const std::string line =
+        front(HumanSize(PositiveSize(row)), LocalMinuteText(row.numbers.modified).value_or("-"));
+    out.Write(line + FittedPath(row.path, line.size(), out) + "\n");
   }
   out.Write("\n");
   const auto others = static_cast<std::size_t>(FilesOfOtherCategories(report).count);
@@ -130,22 +129,24 @@ std::string CategoryNames(const Report& report, const Accept& accept) {
   return names;
 }
 
-void WriteRemarks(const Report& report, OutputStream& out) {
+std::string Remarks(const Report& report) {
+  std::string remarks;
   const FileSum others = FilesOfOtherCategories(report);
   if (others.count != 0) {
-    out.Write("Left out: " + Counted(others.count, "file", "files") + ", " +
-              HumanSize(others.bytes) + ", in other categories.\n");
+    remarks.append("Left out: " + Counted(others.count, "file", "files") + ", " +
+                   HumanSize(others.bytes) + ", in other categories.\n");
   }
   const std::string unselected = CategoryNames(report, IsUnselected);
   if (!unselected.empty()) {
-    out.Write("Not selected: " + unselected +
-              ". Nothing brings these files back, so that each has to be picked by hand.\n");
+    remarks.append("Not selected: " + unselected +
+                   ". Nothing brings these files back, so that each has to be picked by hand.\n");
   }
   const std::string empty =
       CategoryNames(report, [](const ReportGroup& group) { return group.count == 0; });
   if (!empty.empty()) {
-    out.Write("Nothing in: " + empty + ".\n");
+    remarks.append("Nothing in: " + empty + ".\n");
   }
+  return remarks;
 }
 
 }  // namespace
@@ -155,8 +156,10 @@ void WriteJunk(const Report& report, OutputStream& out) {
     WriteFiles(report, out);
   }
   WriteGroups(report, out);
-  out.Write("\n");
-  WriteRemarks(report, out);
+  const std::string remarks = Remarks(report);
+  if (!remarks.empty()) {
+    out.Write("\n" + remarks);
+  }
 }
 
 }  // namespace quastel::client

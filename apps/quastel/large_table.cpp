@@ -25,21 +25,23 @@ std::size_t CategoryWidth(const Report& report) {
   return width;
 }
 
-void WriteRow(OutputStream& out, std::string_view size, std::string_view modified,
-              std::string_view category, std::size_t category_width, std::string_view path) {
+// A row up to its path.
+std::string RowFront(std::string_view size, std::string_view modified, std::string_view category,
+                     std::size_t category_width) {
   std::string line = PadLeft(size, kSizeWidth);
   line.append(kGap).append(PadRight(modified, kTimeWidth));
-  line.append(kGap).append(PadRight(category, category_width));
-  out.Write(line.append(kGap).append(path).append("\n"));
+  return line.append(kGap).append(PadRight(category, category_width)).append(kGap);
 }
 
 void WriteRows(const Report& report, OutputStream& out) {
   const std::size_t width = CategoryWidth(report);
-  WriteRow(out, "Size", "Modified", "Category", width, "Path");
+  WriteHeading(RowFront("Size", "Modified", "Category", width) + "Path", out);
   for (std::size_t i = 0; i < report.listed; ++i) {
     const ScanRow& row = report.rows[i];
-    WriteRow(out, HumanSize(PositiveSize(row)), LocalMinuteText(row.numbers.modified).value_or("-"),
-             ToUtf8(row.title), width, ShownPath(row.path));
+    const std::string front =
+        RowFront(HumanSize(PositiveSize(row)), LocalMinuteText(row.numbers.modified).value_or("-"),
+                 ToUtf8(row.title), width);
+    out.Write(front + FittedPath(row.path, front.size(), out) + "\n");
   }
 }
 
@@ -48,18 +50,17 @@ void WriteGroups(const Report& report, OutputStream& out) {
   const std::string total = GroupedNumber(report.rows.size());
   const std::size_t count_width = std::max(total.size(), std::string_view("Files").size());
   const auto line = [&](std::string_view category, std::string_view count, std::string_view size) {
-    out.Write(PadRight(category, width)
-                  .append(kGap)
-                  .append(PadLeft(count, count_width))
-                  .append(kGap)
-                  .append(PadLeft(size, kSizeWidth))
-                  .append("\n"));
+    return PadRight(category, width)
+        .append(kGap)
+        .append(PadLeft(count, count_width))
+        .append(kGap)
+        .append(PadLeft(size, kSizeWidth));
   };
-  line("Category", "Files", "Size");
+  WriteHeading(line("Category", "Files", "Size"), out);
   for (const ReportGroup& group : report.groups) {
-    line(ToUtf8(group.title), GroupedNumber(group.count), HumanSize(group.bytes));
+    out.Write(line(ToUtf8(group.title), GroupedNumber(group.count), HumanSize(group.bytes)) + "\n");
   }
-  line("Total", total, HumanSize(report.counters.total_bytes));
+  out.Write(line("Total", total, HumanSize(report.counters.total_bytes)) + "\n");
 }
 
 }  // namespace

@@ -28,10 +28,10 @@ const char* ModeWord(std::uint32_t mode) {
   return mode == QS_SESSION_LARGE_FILES ? "large" : mode == QS_SESSION_INSPECT ? "inspect" : "all";
 }
 
-std::string Line(const std::string& index, const std::string& size, const std::string& modified,
-                 const std::string& path) {
+// A row up to its path.
+std::string Front(const std::string& index, const std::string& size, const std::string& modified) {
   return PadLeft(index, kIndexColumn) + "  " + PadLeft(size, kSizeColumn) + "  " +
-         PadRight(modified, kTimeColumn) + "  " + path + "\n";
+         PadRight(modified, kTimeColumn) + "  ";
 }
 
 Json ModifiedJson(const SessionFile& file) {
@@ -113,11 +113,12 @@ void WriteListTable(const ListReport& report, OutputStream& out) {
   if (report.rows.empty()) {
     out.Write("No files here.\n\n");
   } else {
-    out.Write(Line("Index", "Size", "Modified", "Path"));
+    WriteHeading(Front("Index", "Size", "Modified") + "Path", out);
     for (std::size_t i = 0; i < listed; ++i) {
       const SessionFile& file = report.rows[i];
-      out.Write(Line(std::to_string(i), HumanSize(file.numbers.size),
-                     LocalMinuteText(file.numbers.modified).value_or("?"), ShownPath(file.path)));
+      const std::string front = Front(std::to_string(i), HumanSize(file.numbers.size),
+                                      LocalMinuteText(file.numbers.modified).value_or("?"));
+      out.Write(front + FittedPath(file.path, front.size(), out) + "\n");
     }
     out.Write("\n");
     WriteShownCount(listed, report.rows.size(), "rows", out);

@@ -1,11 +1,18 @@
 #include "report_table.h"
 
+#include "colour.h"
 #include "display_text.h"
 #include "path_text.h"
 #include "status_text.h"
 #include "text.h"
 
 namespace quastel::client {
+namespace {
+
+// A path cut shorter than this tells nothing.
+constexpr std::size_t kShortestPath = 20;
+
+}  // namespace
 
 void WriteTable(const Report& report, const TableParts& parts, OutputStream& out) {
   if (report.rows.empty()) {
@@ -31,6 +38,21 @@ void WriteEarlyEnd(qs_status status, OutputStream& out) {
 
 std::string ShownPath(const std::wstring& path) {
   return ToUtf8(Printable(WithoutExtendedPrefix(path)));
+}
+
+std::string FittedPath(const std::wstring& path, std::size_t used, const OutputStream& out) {
+  if (!out.IsTerminal()) {
+    return ShownPath(path);
+  }
+  // The last column stays free: some consoles wrap a full line at once.
+  const std::size_t room = out.Width() - 1;
+  return ToUtf8(FitMiddle(Printable(WithoutExtendedPrefix(path)),
+                          room > used + kShortestPath ? room - used : kShortestPath));
+}
+
+void WriteHeading(std::string_view line, OutputStream& out) {
+  WriteToned(out, line, Tone::kHeading);
+  out.Write("\n");
 }
 
 void WriteShownCount(std::size_t listed, std::size_t all, std::string_view things,

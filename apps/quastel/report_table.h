@@ -23,6 +23,11 @@ void WriteTable(const Report& report, const TableParts& parts, OutputStream& out
 // The last line of a scan that did not get to its end.
 void WriteEarlyEnd(qs_status status, OutputStream& out);
 std::string ShownPath(const std::wstring& path);
+// The path behind `used` columns of a row. At a terminal it loses its middle rather than break the
+// row; a file or a pipe gets all of it.
+std::string FittedPath(const std::wstring& path, std::size_t used, const OutputStream& out);
+// The line above the columns of a table.
+void WriteHeading(std::string_view line, OutputStream& out);
 // Says how much is left out, if anything is: "Showing 3 of 5 rows."
 void WriteShownCount(std::size_t listed, std::size_t all, std::string_view things,
                      OutputStream& out);

@@ -174,10 +174,22 @@ class Screen:
         return b"".join(self.cells).decode(errors="replace").rstrip()
 
 
-def run_at_terminal(exe, *arguments, env={}, columns=80, interrupt_after=None):
-    """The client at a terminal, aside from its standard output, which is piped. Answers the result,
-    the screen and, when "Ctrl-C" was typed behind the text `interrupt_after`, the seconds from then
-    to the end."""
+_SEQUENCE = re.compile(r"\x1b(\[[0-9;?]*[A-Za-z]|\][^\x07]*\x07|[=>])")
+
+
+def terminal_lines(output):
+    """The lines that a terminal was sent, without what only moves the cursor or colours."""
+    # Wine skips blank cells.
+    output = re.sub(r"\x1b\[(\d*)C", lambda skip: " " * int(skip[1] or 1), output)
+    return [line.rstrip() for line in _SEQUENCE.sub("", output).replace("\r", "").split("\n")]
+
+
+def run_at_terminal(exe, *arguments, env={}, columns=80, interrupt_after=None,
+                    out_at_terminal=False):
+    """The client at a terminal, aside from its standard output, which is piped unless told. Answers
+    the result, the screen and, when "Ctrl-C" was typed behind the text `interrupt_after`, the seconds
+    from then to the end. What the terminal was sent is the result's `err`, without colours unless
+    `env` has an empty NO_COLOR."""
     terminal, end = os.openpty()
     fcntl.ioctl(end, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
 
@@ -186,8 +198,9 @@ def run_at_terminal(exe, *arguments, env={}, columns=80, interrupt_after=None):
         fcntl.ioctl(0, termios.TIOCSCTTY, 0)
 
     with tempfile.TemporaryFile() as out:
-        process = subprocess.Popen(["wine", exe, *arguments], stdin=end, stdout=out, stderr=end,
-                                   env=environment(env), preexec_fn=take_terminal)
+        process = subprocess.Popen(["wine", exe, *arguments], stdin=end,
+                                   stdout=end if out_at_terminal else out, stderr=end,
+                                   env=environment({"NO_COLOR": "1", **env}), preexec_fn=take_terminal)
         os.close(end)
         screen = Screen()
         seen = b""

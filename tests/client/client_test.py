@@ -7,11 +7,19 @@ Usage: client_test.py CLIENT [TEST...], with WINEPREFIX set."""
 import datetime
 import json
 import os
+import re
+import shutil
+import unicodedata
 
 import client_case
 import client_harness
 from client_case import ClientTest, plain, quastel, setUpModule, tearDownModule
 from client_harness import CATEGORIES, FILES, FIRST_TIME, TICKS_TO_1970
+
+def cells(text):
+    """The columns that a text takes."""
+    return sum(2 if unicodedata.east_asian_width(c) in "WF" else 1 for c in text)
+
 
 class Json(ClientTest):
     def test_rows_equal_what_find_lists(self):
@@ -257,6 +265,41 @@ class Usage(ClientTest):
                 self.assertIn(text, result.out)
                 self.assertTrue(result.out.endswith("\n"))
 
+    def test_every_help_fits_80_columns_and_has_examples_of_its_own(self):
+        footers = set()
+        for command in (["large"], ["duplicates"], ["junk"], ["empty"], ["list"], ["clean"], ["hash"],
+                        ["rules"], ["rules", "check"], ["version"], []):
+            with self.subTest(command):
+                result = quastel(*command, "--help")
+                self.assert_done(result)
+                lines = result.out.split("\n")
+                self.assertEqual([line for line in lines if len(line) > 80], [])
+                self.assertNotIn("\n\n\n", result.out)
+                self.assertIn("\nExit codes: 0 done", result.out)
+                footer = result.out.split("\nExamples:\n")[1].split("\n\n")[0]
+                footers.add(footer)
+                if not command:
+                    continue
+                examples = footer.split("\n")
+                self.assertIn(len(examples), (2, 3, 4))
+                for example in examples:
+                    self.assertRegex(example, "^  " + " ".join(["quastel", *command]) + r"\b")
+                    # What "rules" can do, "rules check" explains.
+                    if command != ["rules"]:
+                        for option in re.findall(r"--[a-z-]+", example):
+                            self.assertRegex(result.out, rf"\n  {option}[ =\n]")
+        self.assertEqual(len(footers), 11)
+
+    def test_the_help_fits_the_terminal(self):
+        for columns in (60, 120):
+            with self.subTest(columns):
+                result, _, _ = client_harness.run_at_terminal(
+                    client_case.EXE, "large", "--help", columns=columns, out_at_terminal=True)
+                self.assertEqual(result.code, 0)
+                longest = max(map(len, client_harness.terminal_lines(result.err)))
+                self.assertLess(longest, columns)
+                self.assertGreater(longest, columns - 20)
+
     def test_mistakes_are_named_with_a_hint(self):
         tree = self.place.windows_path("tree")
         for arguments, texts in (
@@ -317,6 +360,56 @@ class Terminal(ClientTest):
             self.assertRegex(line, r"^Scanning  [\d,]+ files?  [\d.]+ \w+  [\d.]+ m?s")
             self.assertLess(len(line), 60)
         self.assertEqual(screen.text(), "")
+
+    def test_colours_are_for_terminals_and_can_be_turned_off(self):
+        colour = re.compile(r"\x1b\[\d[\d;]*m")
+        tree = self.place.windows_path("tree")
+        for arguments, words in ((["larg"], ["error:", "hint:"]), (["large", tree], ["Size", "Path"])):
+            for env in ({"NO_COLOR": ""}, {"NO_COLOR": "1"}, {"NO_COLOR": "0"},
+                        {"NO_COLOR": "", "TERM": "dumb"}):
+                with self.subTest(arguments=arguments, env=env):
+                    result, _, _ = client_harness.run_at_terminal(
+                        client_case.EXE, *arguments, env={"TERM": "xterm", **env},
+                        out_at_terminal=True)
+                    wanted = env == {"NO_COLOR": ""}
+                    self.assertEqual(bool(colour.search(result.err)), wanted, repr(result.err))
+                    text = "\n".join(client_harness.terminal_lines(result.err))
+                    for word in words:
+                        self.assertIn(word, text)
+            result = quastel(*arguments, env={"NO_COLOR": "", "TERM": "xterm"})
+            self.assertNotIn("\x1b", result.out + result.err)
+
+    def test_an_error_is_red_and_what_stands_behind_it_is_not(self):
+        result, _, _ = client_harness.run_at_terminal(
+            client_case.EXE, "larg", env={"NO_COLOR": "", "TERM": "xterm"}, out_at_terminal=True)
+        self.assertRegex(result.err, r"\x1b\[91merror:(\x1b\[\?25[hl])*\x1b\[0?m there is no")
+        self.assertRegex(result.err, r"\x1b\[96mhint:(\x1b\[\?25[hl])*\x1b\[0?m did you mean")
+
+    def test_a_row_fits_the_terminal_by_the_middle_of_its_path(self):
+        folder = "fits/" + "/".join(["\u6587\u4ef6 and a long name"] * 12)
+        for name in ("one.iso", "two.iso"):
+            client_harness.sparse_file(
+                os.path.join(self.place.folder, folder, name), client_harness.LARGE + 1)
+        os.makedirs(os.path.join(self.place.folder, folder, "empty"))
+        self.addCleanup(shutil.rmtree, os.path.join(self.place.folder, "fits"))
+        root = self.place.windows_path("fits")
+        for command, ends in (("large", ["one.iso", "two.iso"]), ("list", ["one.iso", "two.iso"]),
+                              ("duplicates", ["one.iso", "two.iso"]), ("empty", ["empty"])):
+            for columns in (80, 200):
+                with self.subTest(command=command, columns=columns):
+                    result, _, _ = client_harness.run_at_terminal(
+                        client_case.EXE, command, root, columns=columns, out_at_terminal=True)
+                    self.assertEqual(result.code, 0)
+                    lines = client_harness.terminal_lines(result.err)
+                    for end in ends:
+                        rows = [line for line in lines if line.endswith("\\" + end)]
+                        self.assertEqual(len(rows), 1, lines)
+                        self.assertIn("...", rows[0])
+                        self.assertIn(self.place.drive + "\\fits\\", rows[0])
+                        self.assertLess(cells(rows[0]), columns)
+                        self.assertGreater(cells(rows[0]), columns - 6)
+            piped = quastel(command, root).out
+            self.assertEqual(piped.count(self.place.windows_path(folder)), len(ends))
 
     def test_nothing_is_drawn_into_a_pipe(self):
         result = quastel("large", self.place.windows_path("tree"),

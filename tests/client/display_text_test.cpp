@@ -53,6 +53,8 @@ TEST(CellWidth, Knows_wide_and_combining_characters) {
   EXPECT_EQ(CellWidth(L"\x6587\x4EF6"), 4U);
   EXPECT_EQ(CellWidth(L"e\x0301"), 1U);
   EXPECT_EQ(CellWidth(L"\xD83C\xDFB5"), 2U);
+  EXPECT_EQ(CellWidth(L"\x2705\x2B50"), 4U);
+  EXPECT_EQ(CellWidth(L"\x2603\x05D0"), 2U);
 }
 
 TEST(FitMiddle, Keeps_what_fits) {

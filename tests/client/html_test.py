@@ -274,7 +274,7 @@ class Refusals(HtmlTest):
                 result = quastel(command, "--help")
                 self.assert_done(result)
                 self.assertIn("--html FILE", result.out)
-                self.assertIn("--html large.html", result.out)
+                self.assertRegex(result.out, rf"\n  quastel {command} .*--html \w+\.html\n")
 
 
 if __name__ == "__main__":

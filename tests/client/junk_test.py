@@ -254,6 +254,25 @@ class Table(JunkTest):
             "7 files seen (88.4 KiB) in ")
         self.assertEqual(result.out[:len(expected)], expected)
 
+    def test_without_a_remark_there_is_one_blank_line(self):
+        write_rules("calm.xml", """<Root><Category DisplayName="one">
+            <Folder Path="{UserHome}\\Documents"/></Category></Root>""")
+        result = quastel("junk", "--rules", self.place.windows_path("calm.xml"), *self.where)
+        self.assert_done(result)
+        self.assertRegex(result.out, r"\nSelected +1 +42 B\n\n1 file seen ")
+
+    def test_rows_fit_the_terminal(self):
+        result, _, _ = client_harness.run_at_terminal(
+            client_case.EXE, "junk", *self.rules, "--files", columns=76, out_at_terminal=True)
+        self.assertEqual(result.code, 0)
+        lines = client_harness.terminal_lines(result.err)
+        (file,) = [line for line in lines if line.endswith("\\x")]
+        (folder,) = [line for line in lines if line.startswith("  Temporary files of the user")]
+        self.assertIn("...", file)
+        self.assertLess(len(file), 76)
+        self.assertRegex(folder, r"  \S{4,}\.\.\.\S*\\Temp$")
+        self.assertLess(len(folder), 76)
+
     def test_files_are_listed_when_asked_for(self):
         drive = self.place.windows_path("drive")
         result = quastel("junk", *self.rules, "--top", "2")

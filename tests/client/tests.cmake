@@ -24,6 +24,7 @@ quastel_windows_test(client_unit_tests
   ${client_tests}/text_test.cpp
   ${client_tests}/text_positions_test.cpp
   ${client_tests}/time_text_test.cpp
+  ${client_tests}/wrap_help_test.cpp
   ${client_sources}/byte_size.cpp
   ${client_sources}/category_words.cpp
   ${client_sources}/console.cpp
@@ -63,6 +64,7 @@ quastel_windows_test(client_unit_tests
   ${client_sources}/text_positions.cpp
   ${client_sources}/time_text.cpp
   ${client_sources}/work_thread.cpp
+  ${client_sources}/wrap_help.cpp
 )
 target_include_directories(client_unit_tests PRIVATE ${client_sources})
 target_include_directories(client_unit_tests SYSTEM PRIVATE ${CMAKE_BINARY_DIR}/client_headers)

@@ -19,8 +19,7 @@ bool IsIgnoredFile(TextView path) {
                      [leaf](TextView name) { return EqualsFolded(leaf, name); });
 }
 
-ProtectedFolders::ProtectedFolders(const Text& system_root, const Text& user_home)
-    : leaf_lengths_{} {
+ProtectedFolders::ProtectedFolders(const Text& system_root, const Text& user_home) {
   const Text root = ToComparablePath(system_root);
   folders_ = {JoinPath(root, QS_TEXT("Program Files")),
               JoinPath(root, QS_TEXT("Program Files (x86)")),

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 #include "held_file.h"
 #include "path_text.h"
@@ -67,8 +68,8 @@ std::optional<Obstacle> CompareWithSurvivor(const HeldFile& victim, const HeldFi
 
 }  // namespace
 
-CleanRun::CleanRun(const CleanPlan& plan, const CleanOptions& options)
-    : plan_(plan), options_(options), results_(plan.files.size()) {}
+CleanRun::CleanRun(const CleanPlan& plan, CleanOptions options)
+    : plan_(plan), options_(std::move(options)), results_(plan.files.size()) {}
 
 CleanRun::~CleanRun() {
   Cancel();
@@ -152,7 +153,7 @@ CleanResult CleanRun::RemoveDuplicate(const PlannedFile& planned) {
   return obstacle ? Refused(*obstacle) : Remove(planned.file);
 }
 
-CleanResult CleanRun::Remove(const CleanFile& file) {
+CleanResult CleanRun::Remove(const CleanFile& file) const {
   if (options_.dry_run) {
     const std::optional<Obstacle> obstacle = FindObstacle(file, options_.mode);
     return obstacle ? Refused(*obstacle) : CleanResult{Outcome::kWouldRemove, std::nullopt};

@@ -47,7 +47,7 @@ struct CleanProgress {
 // stays while both are held: neither can change between the comparison and the removal.
 class CleanRun {
  public:
-  CleanRun(const CleanPlan& plan, const CleanOptions& options);
+  CleanRun(const CleanPlan& plan, CleanOptions options);
   // Cancels what still runs and waits for it.
   ~CleanRun();
   CleanRun(const CleanRun&) = delete;
@@ -77,7 +77,7 @@ class CleanRun {
   qs_status RemoveAll();
   CleanResult RemoveOne(const PlannedFile& planned);
   CleanResult RemoveDuplicate(const PlannedFile& planned);
-  CleanResult Remove(const CleanFile& file);
+  CleanResult Remove(const CleanFile& file) const;
   void RemoveEmptyFolders(const CleanFile& file);
 
   const CleanPlan& plan_;

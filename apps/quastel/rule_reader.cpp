@@ -30,10 +30,10 @@ constexpr bool IsNameCharacter(wchar_t c) {
 }
 
 // Left to right, going on after what was inserted.
-std::wstring Replaced(std::wstring text, std::wstring_view entity, wchar_t character) {
+std::wstring Replaced(const std::wstring& text, std::wstring_view entity, wchar_t character) {
   std::wstring out;
   std::size_t from = 0;
-  for (std::size_t at; (at = text.find(entity, from)) != std::wstring::npos;
+  for (std::size_t at = 0; (at = text.find(entity, from)) != std::wstring::npos;
        from = at + entity.size()) {
     out.append(text, from, at - from).push_back(character);
   }
@@ -77,7 +77,7 @@ class Reader {
   }
 
  private:
-  [[noreturn]] void Fail(std::size_t offset, std::string message, std::string hint) const {
+  [[noreturn]] static void Fail(std::size_t offset, std::string message, std::string hint) {
     throw RuleMistake{offset, std::move(message), std::move(hint)};
   }
 

@@ -108,6 +108,7 @@ std::vector<std::wstring> TopCategories(const RuleElement& root) {
 }
 
 std::wstring PlainValue(const RuleAttribute* attribute) {
+  // NOLINTNEXTLINE(readability-redundant-string-cstr): a NUL ends the value, as it does in a scan.
   return attribute == nullptr ? std::wstring() : std::wstring(attribute->value.c_str());
 }
 

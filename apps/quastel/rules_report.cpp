@@ -107,7 +107,7 @@ Json RuleJson(const RulesReport& report, std::size_t i) {
 
 // The rule in a line, with what it looks for where that is not everything.
 std::wstring Summary(const RuleElement& rule, const RuleOutcome& outcome) {
-  const std::wstring name = RuleName(rule, outcome);
+  std::wstring name = RuleName(rule, outcome);
   if (rule.name == kFolderElement) {
     const std::wstring pattern = PlainValue(rule.Find(L"Pattern"));
     return pattern.empty() ? name : name + L", " + pattern;

@@ -196,7 +196,7 @@ std::string Command(const json& report) {
     throw Malformed{"it has schema version " + std::to_string(version) +
                     ", and this program reads " + std::to_string(kSchemaVersion)};
   }
-  const std::string command = String(report, "command");
+  std::string command = String(report, "command");
   if (command != "large" && command != "duplicates" && command != "junk") {
     throw Malformed{"it is a report of \"" + command + "\", which lists no files to clean"};
   }

@@ -33,7 +33,7 @@ Result<std::uint64_t> ToLocalFileTime(std::uint64_t utc) noexcept {
 
 Result<CalendarTime> ToCalendarTime(std::uint64_t file_time) noexcept {
   const FILETIME given = ToSystemFileTime(file_time);
-  CalendarTime calendar;
+  CalendarTime calendar = {};
   if (::FileTimeToSystemTime(&given, reinterpret_cast<SYSTEMTIME*>(&calendar)) == FALSE) {
     return FailureOfLastCall();
   }

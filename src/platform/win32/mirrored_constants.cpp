@@ -84,8 +84,8 @@ static_assert(kDriveRemote == DRIVE_REMOTE);
 static_assert(kComOk == static_cast<ComResult>(S_OK));
 static_assert(kComAlreadyInitialized == static_cast<ComResult>(S_FALSE));
 static_assert(kComChangedMode == static_cast<ComResult>(RPC_E_CHANGED_MODE));
-static_assert(ComSucceeded(static_cast<ComResult>(S_FALSE)) == SUCCEEDED(S_FALSE));
-static_assert(ComSucceeded(static_cast<ComResult>(E_FAIL)) == SUCCEEDED(E_FAIL));
+static_assert(ComSucceeded(static_cast<ComResult>(S_FALSE)) && SUCCEEDED(S_FALSE));
+static_assert(!ComSucceeded(static_cast<ComResult>(E_FAIL)) && FAILED(E_FAIL));
 
 static_assert(kPriorityNormal == THREAD_PRIORITY_NORMAL);
 static_assert(kPriorityError == THREAD_PRIORITY_ERROR_RETURN);

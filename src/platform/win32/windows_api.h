@@ -7,7 +7,7 @@
 #define UNICODE
 #endif
 #ifndef _UNICODE
-#define _UNICODE
+#define _UNICODE  // NOLINT(bugprone-reserved-identifier): the name is the system's.
 #endif
 #ifndef NOMINMAX
 #define NOMINMAX

@@ -43,10 +43,10 @@ std::wstring Replaced(const std::wstring& text, std::wstring_view entity, wchar_
 // One entity after the other, "&amp;" first: what it leaves behind is decoded once more.
 std::wstring WithoutEntities(std::wstring_view raw) {
   std::wstring text = Replaced(std::wstring(raw), L"&amp;", L'&');
-  text = Replaced(std::move(text), L"&lt;", L'<');
-  text = Replaced(std::move(text), L"&gt;", L'>');
-  text = Replaced(std::move(text), L"&quot;", L'"');
-  return Replaced(std::move(text), L"&apos;", L'\'');
+  text = Replaced(text, L"&lt;", L'<');
+  text = Replaced(text, L"&gt;", L'>');
+  text = Replaced(text, L"&quot;", L'"');
+  return Replaced(text, L"&apos;", L'\'');
 }
 
 std::string Tag(std::wstring_view name) {

@@ -119,7 +119,7 @@ class DuplicateScan {
     auto& self = *static_cast<DuplicateScan*>(user);
     self.scan_.ReportProgress(path, static_cast<std::int64_t>(size));
     const bool is_left_out =
-        IsIgnoredFile(name) || (self.protection_ && self.protection_->ContainsFile(path, name));
+        IsIgnoredFile(path) || (self.protection_ && self.protection_->ContainsFile(path, name));
     if (!is_left_out) {
       self.candidates_.Add(path, name, size, last_write);
     }

@@ -47,8 +47,9 @@ void OnLargeFileFound(void* user, const Char* path, std::uint64_t size, std::uin
   if (!IsLargeFile(signed_size)) {
     return;
   }
-  // The walk keeps out of protected folders, so that the name says whether the file is one.
-  if (IsIgnoredFile(name) ||
+  // The walk keeps out of protected folders, so that the name says whether the file is one. A long
+  // path may end in another name than the one that was listed, and it is the path that is reported.
+  if (IsIgnoredFile(path) ||
       (context.protection != nullptr && context.protection->ContainsFile(path, name))) {
     return;
   }

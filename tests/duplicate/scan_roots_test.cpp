@@ -56,6 +56,18 @@ TEST(DuplicateProtection, Leaves_the_protected_folders_out_and_opens_nothing_in_
   EXPECT_EQ(OpensOf(machine).size(), 3u);
 }
 
+// A long path drops the dot at the end of the name, and it is the path that would be opened.
+TEST(DuplicateCandidates, Are_not_taken_by_a_path_that_became_that_of_a_paging_file) {
+  SimulatedWindows machine;
+  const Text folder = u"C:\\data\\" + Text(120, Char{'f'}) + u"\\" + Text(110, Char{'g'});
+  machine.AddFile(u"\\\\?\\" + folder + u"\\pagefile.sys.", Bytes(9000));
+  machine.AddFile(u"C:\\data\\copy", Bytes(9000));
+  const Outcome scan = Scan(DuplicateRequest({u"C:\\data"}));
+  EXPECT_EQ(scan.status, QS_OK);
+  EXPECT_EQ(scan.performance.candidates, 1u);
+  EXPECT_EQ(scan.performance.files_visited, 2u);
+}
+
 TEST(DuplicateProtection, That_is_not_asked_for_leaves_nothing_out) {
   SimulatedWindows machine;
   AddProtectedTree(machine);

@@ -135,6 +135,13 @@ TEST_F(LargeFileScan, Reports_long_paths_in_their_extended_form) {
   EXPECT_EQ(rows[0].name, u"big.bin");
 }
 
+TEST_F(LargeFileScan, Never_reports_a_path_that_became_that_of_a_paging_file) {
+  const Text folder = u"C:\\data\\" + Text(120, Char{'f'}) + u"\\" + Text(110, Char{'g'});
+  machine_.AddSizedFile(u"\\\\?\\" + folder + u"\\pagefile.sys.", kLarge);
+  EXPECT_EQ(Paths(Request::LargeFiles({u"C:\\data"})), std::vector<Text>{});
+  EXPECT_EQ(Poll(scan_).files_visited, 1u);
+}
+
 TEST_F(LargeFileScan, Counts_paging_files_but_never_reports_them) {
   machine_.AddSizedFile(u"C:\\pagefile.sys", kLarge);
   machine_.AddSizedFile(u"C:\\SwapFile.sys", kLarge);

@@ -5,28 +5,21 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "duplicate/hash_cache.h"
 #include "duplicate/machine.h"
+#include "support/cache_entries.h"
 
 namespace quastel::duplicate_tests {
 
-// A cache as the tests think of it.
-struct CacheEntry {
-  std::uint64_t size = 0;
-  std::uint64_t last_write = 0;
-  std::uint64_t confirmed_time = 0;
-  std::string sample;
-  std::string full_hash;
-};
-using CacheMap = std::map<Text, CacheEntry>;
+using support::CacheEntry;
+using support::CacheMap;
+using support::CacheOf;
 
-// The same as the library has it, and back.
-duplicate::HashCache CacheOf(const CacheMap& entries);
+// What the library has, and each key once.
 CacheMap EntriesOf(const duplicate::HashCache& cache);
 
 CacheMap LoadCache(const Text& location, std::uint32_t* cancel);

@@ -26,6 +26,7 @@ quastel_host_test(duplicate_unit_tests
   duplicate/thread_buffer_test.cpp
   duplicate/xxhash32_test.cpp
   faults/allocation_faults.cpp
+  support/cache_entries.cpp
 )
 
 # What the machine neither records nor does is had by stepping in front of the call: the sharing and

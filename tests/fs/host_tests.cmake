@@ -28,4 +28,5 @@ quastel_host_test(fs_tests
   fs/protection_test.cpp
   fs/recycle_bin_test.cpp
   fs/recycle_steps_test.cpp
+  fuzz/path_model.cpp
 )

@@ -9,12 +9,14 @@
 #include <vector>
 
 #include "fs/path_rules.h"
-#include "platform/file_system.h"
+#include "fuzz/path_model.h"
 #include "simulated_windows/simulated_windows.h"
 #include "support/text.h"
 
 namespace quastel {
 namespace {
+
+namespace model = fuzz::model;
 
 using simulated::SimulatedWindows;
 using support::Utf8;
@@ -77,97 +79,6 @@ class Paths {
   std::mt19937 random_;
 };
 
-// ---- The model
-
-bool IsSlash(Char c) {
-  return c == u'\\' || c == u'/';
-}
-
-Text Lowered(Text text) {
-  for (Char& c : text) {
-    c = c >= u'A' && c <= u'Z' ? static_cast<Char>(c + 32) : c;
-  }
-  return text;
-}
-
-bool Begins(const Text& text, const Text& start) {
-  return Lowered(text).rfind(Lowered(start), 0) == 0;
-}
-
-std::optional<Text> ModelFullPath(const Text& path) {
-  std::vector<Char> buffer(40000);
-  const std::uint32_t length = platform::FullPathName(path.c_str(), 40000, buffer.data());
-  return length == 0 ? std::nullopt : std::optional<Text>(Text(buffer.data(), length));
-}
-
-Text ModelLongPath(const Text& path) {
-  if (path.size() < 248 || Begins(path, u"\\\\?\\")) {
-    return path;
-  }
-  const Text full = ModelFullPath(path).value_or(path);
-  return Begins(full, u"\\\\") ? u"\\\\?\\UNC\\" + full.substr(2) : u"\\\\?\\" + full;
-}
-
-Text ModelComparable(const Text& path) {
-  Text text = ModelFullPath(path).value_or(path);
-  if (Begins(text, u"\\\\?\\UNC\\")) {
-    text = u"\\\\" + text.substr(8);
-  } else if (Begins(text, u"\\\\?\\")) {
-    text = text.substr(4);
-  }
-  while (text.size() >= 4 && IsSlash(text.back())) {
-    text.pop_back();
-  }
-  return text;
-}
-
-std::optional<Text> ModelParent(const Text& path) {
-  std::optional<Text> full = ModelFullPath(path);
-  if (!full) {
-    return std::nullopt;
-  }
-  Text text = *full;
-  while (!text.empty() && IsSlash(text.back()) &&
-         !((text.size() == 2 || text.size() == 3) && text[1] == u':')) {
-    text.pop_back();
-  }
-  std::size_t last = text.size();
-  while (last > 0 && !IsSlash(text[last - 1])) {
-    --last;
-  }
-  if (last == 0) {
-    return Text();
-  }
-  const std::size_t index = last - 1;
-  if (index == 2 && text[1] == u':') {
-    return text.substr(0, 3);
-  }
-  return index == 0 ? Text(u"\\") : text.substr(0, index);
-}
-
-bool ModelUnder(const Text& path, Text prefix) {
-  while (prefix.size() > 1 && IsSlash(prefix.back())) {
-    prefix.pop_back();
-  }
-  if (!Begins(path, prefix)) {
-    return false;
-  }
-  return path.size() == prefix.size() || (!prefix.empty() && IsSlash(prefix.back())) ||
-         IsSlash(path[prefix.size()]);
-}
-
-Text ModelCombine(const Text& base, const Text& relative) {
-  if ((relative.size() >= 2 && relative[1] == u':') ||
-      (!relative.empty() && IsSlash(relative[0]))) {
-    return relative;
-  }
-  Text left = base;
-  while (!left.empty() && IsSlash(left.back())) {
-    left.pop_back();
-  }
-  return left.empty() ? relative : left + u"\\" + relative;
-}
-
 class PathRulesModel : public ::testing::Test {
  protected:
   PathRulesModel() {
@@ -182,7 +93,7 @@ TEST_F(PathRulesModel, The_long_form_of_random_paths) {
   int long_ones = 0;
   for (int i = 0; i < 8000; ++i) {
     const Text path = paths_.Next();
-    ASSERT_EQ(Utf8(ToLongPath(path)), Utf8(ModelLongPath(path))) << Utf8(path);
+    ASSERT_EQ(Utf8(ToLongPath(path)), Utf8(model::LongPath(path))) << Utf8(path);
     long_ones += ToLongPath(path) != path ? 1 : 0;
   }
   EXPECT_GT(long_ones, 200) << "the paths reach both sides of the threshold";
@@ -191,7 +102,7 @@ TEST_F(PathRulesModel, The_long_form_of_random_paths) {
 TEST_F(PathRulesModel, The_comparable_form_of_random_paths) {
   for (int i = 0; i < 8000; ++i) {
     const Text path = paths_.Next();
-    ASSERT_EQ(Utf8(ToComparablePath(path)), Utf8(ModelComparable(path))) << Utf8(path);
+    ASSERT_EQ(Utf8(ToComparablePath(path)), Utf8(model::Comparable(path))) << Utf8(path);
   }
 }
 
@@ -199,11 +110,11 @@ TEST_F(PathRulesModel, A_long_path_compares_like_its_long_form) {
   int compared = 0;
   for (int i = 0; i < 8000; ++i) {
     const Text path = paths_.Next();
-    const std::optional<Text> full = ModelFullPath(path);
+    const std::optional<Text> full = model::FullPath(path);
     // Behind two separators there must be a server: dots there mean nothing that the prefix would
     // keep.
-    const bool is_plain = full && !Begins(*full, u"\\\\?\\") &&
-                          (!Begins(*full, u"\\\\") || Begins(*full, u"\\\\srv\\s"));
+    const bool is_plain = full && !model::Begins(*full, u"\\\\?\\") &&
+                          (!model::Begins(*full, u"\\\\") || model::Begins(*full, u"\\\\srv\\s"));
     if (path.size() >= 248 && is_plain) {
       ASSERT_EQ(Utf8(ToComparablePath(ToLongPath(path))), Utf8(ToComparablePath(path)))
           << Utf8(path);
@@ -217,7 +128,7 @@ TEST_F(PathRulesModel, The_parent_of_random_paths) {
   int without = 0;
   for (int i = 0; i < 8000; ++i) {
     const Text path = paths_.Next();
-    const std::optional<Text> expected = ModelParent(path);
+    const std::optional<Text> expected = model::Parent(path);
     const std::optional<Text> parent = ParentDirectoryOf(path);
     ASSERT_EQ(parent.has_value(), expected.has_value()) << Utf8(path);
     if (expected) {
@@ -240,7 +151,7 @@ TEST_F(PathRulesModel, Whether_random_paths_lie_under_each_other) {
     if (paths_.Below(4) == 0) {
       prefix += u"\\";
     }
-    const bool expected = ModelUnder(path, prefix);
+    const bool expected = model::IsUnder(path, prefix);
     ASSERT_EQ(IsPathUnder(path, prefix), expected) << Utf8(path) << " under " << Utf8(prefix);
     under += expected ? 1 : 0;
   }
@@ -251,12 +162,12 @@ TEST_F(PathRulesModel, Random_paths_combined) {
   for (int i = 0; i < 8000; ++i) {
     const Text base = paths_.Next();
     const Text relative = paths_.Next();
-    ASSERT_EQ(Utf8(CombinePaths(base, relative)), Utf8(ModelCombine(base, relative)))
+    ASSERT_EQ(Utf8(CombinePaths(base, relative)), Utf8(model::Combine(base, relative)))
         << Utf8(base) << " and " << Utf8(relative);
     const Text joined = JoinPath(base, relative);
-    const Text expected = base.empty()           ? relative
-                          : IsSlash(base.back()) ? base + relative
-                                                 : base + u"\\" + relative;
+    const Text expected = base.empty()                  ? relative
+                          : model::IsSlash(base.back()) ? base + relative
+                                                        : base + u"\\" + relative;
     ASSERT_EQ(Utf8(joined), Utf8(expected));
   }
 }
@@ -266,9 +177,10 @@ TEST_F(PathRulesModel, Two_random_paths_in_the_same_directory) {
   for (int i = 0; i < 8000; ++i) {
     const Text a = paths_.Next();
     const Text b = paths_.Below(2) == 0 ? paths_.Next() : paths_.Recased(a) + u"x";
-    const std::optional<Text> parent_a = ModelParent(a);
-    const std::optional<Text> parent_b = ModelParent(b);
-    const bool expected = parent_a && parent_b && Lowered(*parent_a) == Lowered(*parent_b);
+    const std::optional<Text> parent_a = model::Parent(a);
+    const std::optional<Text> parent_b = model::Parent(b);
+    const bool expected =
+        parent_a && parent_b && model::Lowered(*parent_a) == model::Lowered(*parent_b);
     ASSERT_EQ(AreInSameDirectory(a, b), expected) << Utf8(a) << " and " << Utf8(b);
     ASSERT_EQ(qs_is_in_same_directory(a.c_str(), b.c_str()), expected ? 1 : 0);
     same += expected ? 1 : 0;

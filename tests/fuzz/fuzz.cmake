@@ -25,6 +25,7 @@ quastel_fuzz_target(hash_cache
   fuzz/hash_cache_check.cpp
   fuzz/hash_cache_fuzz.cpp
   fuzz/hash_cache_model.cpp
+  support/cache_entries.cpp
 )
 quastel_fuzz_target(junk_path
   fuzz/junk_path_check.cpp

@@ -50,26 +50,8 @@ void Put(std::string& out, std::uint64_t value, int size) {
 
 }  // namespace
 
-duplicate::HashCache CacheOf(const CacheMap& entries) {
-  duplicate::HashCache cache;
-  for (const auto& [key, of] : entries) {
-    duplicate::CacheEntry& entry = cache[cache.FindOrAdd(key)];
-    entry.size = of.size;
-    entry.last_write = of.last_write;
-    entry.confirmed_time = of.confirmed_time;
-    entry.sample = cache.Keep(of.sample);
-    entry.full_hash = cache.Keep(of.full_hash);
-  }
-  return cache;
-}
-
 CacheMap EntriesOf(const duplicate::HashCache& cache) {
-  CacheMap entries;
-  for (const duplicate::HashCache::Index index : cache.InKeyOrder()) {
-    const duplicate::CacheEntry& entry = cache[index];
-    entries.emplace(entry.key, CacheEntry{entry.size, entry.last_write, entry.confirmed_time,
-                                          entry.sample.Get(), entry.full_hash.Get()});
-  }
+  CacheMap entries = support::EntriesOf(cache);
   Demand(entries.size() == cache.size(), "a key is there once");
   return entries;
 }

@@ -11,20 +11,15 @@
 #include <string_view>
 
 #include "duplicate/hash_cache.h"
+#include "support/cache_entries.h"
 
 namespace quastel::fuzz::model {
 
-struct CacheEntry {
-  std::uint64_t size = 0;
-  std::uint64_t last_write = 0;
-  std::uint64_t confirmed_time = 0;
-  std::string sample;
-  std::string full_hash;
-};
-using CacheMap = std::map<Text, CacheEntry>;
+using support::CacheEntry;
+using support::CacheMap;
+using support::CacheOf;
 
-// The same as the library has it, and back.
-duplicate::HashCache CacheOf(const CacheMap& entries);
+// What the library has, and each key once.
 CacheMap EntriesOf(const duplicate::HashCache& cache);
 
 // A key that stands in a file twice may keep either entry.

@@ -9,6 +9,7 @@ quastel_host_test(fuzz_tests
   fuzz/junk_path_check.cpp
   fuzz/path_rules_check.cpp
   fuzz/path_seeds_test.cpp
+  support/cache_entries.cpp
 )
 target_compile_definitions(fuzz_tests PRIVATE
   QUASTEL_FUZZ_CORPUS="${CMAKE_CURRENT_SOURCE_DIR}/fuzz/corpus")

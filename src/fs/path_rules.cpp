@@ -9,9 +9,6 @@
 namespace quastel {
 namespace {
 
-constexpr TextView kExtendedPrefix = QS_TEXT("\\\\?\\");
-constexpr TextView kExtendedUncPrefix = QS_TEXT("\\\\?\\UNC\\");
-constexpr TextView kUncPrefix = QS_TEXT("\\\\");
 constexpr std::uint32_t kLongestPathCapacity = 32768;
 
 std::size_t NextSeparator(TextView path, std::size_t from) {

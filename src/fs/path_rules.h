@@ -16,6 +16,11 @@ namespace quastel {
 // Shorter paths keep the spelling that the caller used; Windows limits folders to 248 units.
 inline constexpr std::size_t kLongPathThreshold = 248;
 
+// What the extended-length paths of files and of shares begin with, and a share without it.
+inline constexpr TextView kExtendedPrefix = QS_TEXT("\\\\?\\");
+inline constexpr TextView kExtendedUncPrefix = QS_TEXT("\\\\?\\UNC\\");
+inline constexpr TextView kUncPrefix = QS_TEXT("\\\\");
+
 // The form in which every system call gets its path: unchanged below the threshold, otherwise
 // absolute and with the "\\?\" or "\\?\UNC\" prefix. A path that cannot be resolved is prefixed as
 // it is.

@@ -12,10 +12,6 @@
 namespace quastel {
 namespace {
 
-constexpr TextView kExtendedPrefix = QS_TEXT("\\\\?\\");
-constexpr TextView kExtendedUncPrefix = QS_TEXT("\\\\?\\UNC\\");
-constexpr TextView kUncPrefix = QS_TEXT("\\\\");
-
 // FOF_SILENT | FOF_NOCONFIRMATION | FOF_ALLOWUNDO | FOF_NOERRORUI | FOF_NORECURSION |
 // FOF_NO_CONNECTED_ELEMENTS: no window of any kind, and nothing but the one file.
 constexpr std::uint16_t kFallbackFlags = 0x3454;

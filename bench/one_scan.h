@@ -30,7 +30,7 @@ class OneScan {
   OneScan(const OneScan&) = delete;
   OneScan& operator=(const OneScan&) = delete;
 
-  void Run(const ScanOptions& options) {
+  qs_status Start(const ScanOptions& options) {
     const qs_char* roots[] = {options.root};
     qs_product_scan_request request = {};
     request.size = sizeof(request);
@@ -42,7 +42,11 @@ class OneScan {
     request.protect_system =
         options.user_home != nullptr && options.system_root != nullptr ? 1u : 0u;
     request.rules_path = options.rules_path;
-    if (const qs_status status = qs_product_scan_start(scan_, &request); status != QS_OK) {
+    return qs_product_scan_start(scan_, &request);
+  }
+
+  void Run(const ScanOptions& options) {
+    if (const qs_status status = Start(options); status != QS_OK) {
       std::fprintf(stderr, "a scan of kind %u ended with status %d\n", options.kind,
                    static_cast<int>(status));
       std::exit(1);

@@ -7,14 +7,16 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
-#include <random>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "cancel_moments.h"
 #include "one_scan.h"
+#include "processors_seen.h"
 #include "yardsticks.h"
 
 namespace {
@@ -85,6 +87,13 @@ Answer Duplicates(const Request& request) {
   return {.counts = {}, .figures = scan.Figures()};
 }
 
+// The same with this many workers.
+template <DWORD workers>
+Answer DuplicatesBy(const Request& request) {
+  const quastel::bench::ProcessorsSeen seen(workers);
+  return Duplicates(request);
+}
+
 // The same with a caller that looks on every 10 ms.
 Answer PolledDuplicates(const Request& request) {
   OneScan scan;
@@ -105,54 +114,79 @@ Answer PolledDuplicates(const Request& request) {
 }
 
 // The rules lie beside the folders that they name.
-Answer Junk(const Request& request) {
-  OneScan scan;
-  const std::wstring rules = request.folder + L"\\rules.xml";
+std::wstring RulesIn(const Request& request) {
+  return request.folder + L"\\rules.xml";
+}
+
+ScanOptions JunkOptions(const Request& request, const std::wstring& rules) {
   ScanOptions options;
   options.kind = QS_SCAN_KIND_JUNK_RULES;
   options.user_home = request.folder.c_str();
   options.system_root = L"C:\\";
   options.rules_path = rules.c_str();
-  scan.Run(options);
+  return options;
+}
+
+Answer Junk(const Request& request) {
+  OneScan scan;
+  const std::wstring rules = RulesIn(request);
+  scan.Run(JunkOptions(request, rules));
   return {.counts = {}, .figures = scan.Figures()};
 }
 
-double Milliseconds() {
-  LARGE_INTEGER now;
-  LARGE_INTEGER frequency;
-  QueryPerformanceCounter(&now);
-  QueryPerformanceFrequency(&frequency);
-  return static_cast<double>(now.QuadPart) * 1e3 / static_cast<double>(frequency.QuadPart);
+Answer CancelScan(const ScanOptions& options, double span = 0) {
+  OneScan scan;
+  const quastel::bench::CancellableScan cancellable = {
+      .run = [&] { (void)scan.Start(options); },
+      .cancel = [&] { (void)qs_product_scan_cancel(scan.get()); },
+      .is_running =
+          [&] {
+            qs_product_scan_status status = {};
+            (void)qs_product_scan_poll(scan.get(), &status);
+            return status.state == QS_STATE_RUNNING;
+          },
+  };
+  return {.counts = {},
+          .figures = {},
+          .latencies_ms = quastel::bench::CancelLatencies(cancellable, span)};
 }
 
-// From the cancel to the return of the scan, at random moments of a scan of this kind.
-Answer Cancel(const Request& request, std::uint32_t kind) {
-  Answer answer;
-  OneScan scan;
-  std::mt19937 random(7);
-  const double begin = Milliseconds();
-  scan.Run(OptionsFor(request, kind));
-  const double whole = Milliseconds() - begin;
-  for (int i = 0; i < 20; ++i) {
-    const double moment = whole * (random() % 1000) / 1000;
-    double returned = 0;
-    std::thread scanning([&] {
-      const ScanOptions options = OptionsFor(request, kind);
-      const qs_char* roots[] = {options.root};
-      qs_product_scan_request of_scan = {};
-      of_scan.size = sizeof(of_scan);
-      of_scan.kind = kind;
-      of_scan.roots = roots;
-      of_scan.root_count = 1;
-      (void)qs_product_scan_start(scan.get(), &of_scan);
-      returned = Milliseconds();
-    });
-    Sleep(static_cast<DWORD>(moment));
-    const double cancelled = Milliseconds();
-    (void)qs_product_scan_cancel(scan.get());
-    scanning.join();
-    answer.latencies_ms.push_back(returned > cancelled ? returned - cancelled : 0);
+template <std::uint32_t kind>
+Answer CancelProduct(const Request& request) {
+  return CancelScan(OptionsFor(request, kind));
+}
+
+Answer CancelJunk(const Request& request) {
+  const std::wstring rules = RulesIn(request);
+  return CancelScan(JunkOptions(request, rules));
+}
+
+// The whole of it need not be waited for: the moments lie in the first two seconds.
+Answer CancelInHugeFile(const Request& request) {
+  return CancelScan(OptionsFor(request, QS_SCAN_KIND_DUPLICATES), 2000);
+}
+
+Answer CancelSession(const Request& request) {
+  qs_session* session = nullptr;
+  if (qs_session_create(&session) != QS_OK) {
+    std::exit(1);
   }
+  const quastel::bench::CancellableScan cancellable = {
+      .run =
+          [&] {
+            (void)qs_session_start_scan(session, request.folder.c_str(), QS_SESSION_ALL_FILES);
+          },
+      .cancel = [&] { (void)qs_session_cancel_scan(session); },
+      .is_running =
+          [&] {
+            qs_session_scan_status status = {};
+            (void)qs_session_poll_scan(session, &status);
+            return status.state == QS_STATE_RUNNING;
+          },
+  };
+  Answer answer;
+  answer.latencies_ms = quastel::bench::CancelLatencies(cancellable, 0);
+  (void)qs_session_destroy(session);
   return answer;
 }
 
@@ -172,42 +206,41 @@ Answer CleanRows(const Request& request) {
   return answer;
 }
 
+struct Work {
+  const char* name;
+  Answer (*perform)(const Request& request);
+};
+
+template <quastel::bench::Counts (*yardstick)(const std::wstring& root)>
+Answer Yardstick(const Request& request) {
+  return {.counts = yardstick(request.folder)};
+}
+
+constexpr Work kWorks[] = {
+    {"bare", Yardstick<quastel::bench::BareLoop>},
+    {"stages", Yardstick<quastel::bench::ThreeStages>},
+    {"bytes", Yardstick<quastel::bench::ReadBytes>},
+    {"delete", Yardstick<quastel::bench::DeleteFiles>},
+    {"walk", Walk},
+    {"large", LargeFiles},
+    {"duplicates", Duplicates},
+    {"duplicates-by-1", DuplicatesBy<1>},
+    {"duplicates-by-2", DuplicatesBy<2>},
+    {"polled", PolledDuplicates},
+    {"junk", Junk},
+    {"cancel-large", CancelProduct<QS_SCAN_KIND_LARGE_FILES>},
+    {"cancel-duplicates", CancelProduct<QS_SCAN_KIND_DUPLICATES>},
+    {"cancel-junk", CancelJunk},
+    {"cancel-huge", CancelInHugeFile},
+    {"cancel-session", CancelSession},
+    {"clean", CleanRows},
+};
+
 Answer Perform(const Request& request) {
-  if (request.work == "bare") {
-    return {.counts = quastel::bench::BareLoop(request.folder)};
-  }
-  if (request.work == "stages") {
-    return {.counts = quastel::bench::ThreeStages(request.folder)};
-  }
-  if (request.work == "bytes") {
-    return {.counts = quastel::bench::ReadBytes(request.folder)};
-  }
-  if (request.work == "delete") {
-    return {.counts = quastel::bench::DeleteFiles(request.folder)};
-  }
-  if (request.work == "walk") {
-    return Walk(request);
-  }
-  if (request.work == "large") {
-    return LargeFiles(request);
-  }
-  if (request.work == "duplicates") {
-    return Duplicates(request);
-  }
-  if (request.work == "polled") {
-    return PolledDuplicates(request);
-  }
-  if (request.work == "junk") {
-    return Junk(request);
-  }
-  if (request.work == "cancel-large") {
-    return Cancel(request, QS_SCAN_KIND_LARGE_FILES);
-  }
-  if (request.work == "cancel-duplicates") {
-    return Cancel(request, QS_SCAN_KIND_DUPLICATES);
-  }
-  if (request.work == "clean") {
-    return CleanRows(request);
+  for (const Work& work : kWorks) {
+    if (request.work == work.name) {
+      return work.perform(request);
+    }
   }
   std::fprintf(stderr, "no such work: %s\n", request.work.c_str());
   std::exit(2);

@@ -3,7 +3,8 @@
 
 Both sides of a ratio are done in turn, round by round, by one program under Wine, which is pinned to
 one processor together with Wine's server. What counts is the processor time of both: what else runs
-on the machine does not. With --write the tables of docs/performance.md are written anew.
+on the machine does not. One row alone is of wall time and of all processors; when others use them it
+is not measured. With --write the tables of docs/performance.md are written anew.
 """
 
 import argparse
@@ -15,9 +16,17 @@ import shutil
 import statistics
 import subprocess
 import sys
+import time
+
+from machine_load import Watch, process_nanoseconds, thread_nanoseconds, use_all_processors
 
 LARGE = 10 * 1024 * 1024 + 1
+HUGE = 10 * 1024 * 1024 * 1024
 SEED = 20240229
+FILES_IN_CACHE = 200_000  # a second scan reads what is beyond them again
+GROWTH_ROUNDS = 3         # each takes one to two minutes
+MOMENTS = 20              # at which a scan is cancelled
+QUIET = 0.1               # of one processor: what others may take where wall time is measured
 
 
 # ---- The corpora. Each is made once, below the build folder, and is the same for the same numbers.
@@ -80,6 +89,11 @@ def make_deep(root, files):
         put(os.path.join(folder, f"file-{number:05}.bin"), b"", LARGE)
 
 
+def make_huge(root, files):
+    for number in range(files):
+        put(os.path.join(root, f"disk-{number}.vhd"), b"", HUGE)
+
+
 class Corpora:
     def __init__(self, root):
         self.root = root
@@ -102,20 +116,11 @@ class Corpora:
             os.remove(done)
         return self.make(name, maker, files)
 
+    def remove(self, name):
+        shutil.rmtree(os.path.join(self.root, name), ignore_errors=True)
+
 
 # ---- The program under Wine.
-
-def thread_nanoseconds(pid):
-    with open(f"/proc/{pid}/schedstat", encoding="ascii") as stat:
-        return int(stat.read().split()[0])
-
-
-def process_nanoseconds(pid):
-    """Of all threads, those that have ended as well."""
-    with open(f"/proc/{pid}/stat", encoding="ascii") as stat:
-        fields = stat.read().rsplit(")", 1)[1].split()
-    return (int(fields[11]) + int(fields[12])) * 1_000_000_000 // os.sysconf("SC_CLK_TCK")
-
 
 class Bench:
     """The program, kept running; each piece of work is one line to it and one line back."""
@@ -133,12 +138,14 @@ class Bench:
 
     def run(self, work, folder, profile=""):
         begin = (process_nanoseconds(self.process.pid), thread_nanoseconds(self.server))
+        start = time.monotonic()
         self.process.stdin.write(f"{work} {folder} {profile}\n")
         self.process.stdin.flush()
         line = self.process.stdout.readline()
         if not line:
             sys.exit(f"{work} of {folder} ended the program")
         answer = json.loads(line)
+        answer["wall"] = time.monotonic() - start
         answer["client"] = process_nanoseconds(self.process.pid) - begin[0]
         answer["total"] = answer["client"] + thread_nanoseconds(self.server) - begin[1]
         return answer
@@ -150,11 +157,15 @@ class Row:
     def __init__(self, name, must, aim, unit="times the yardstick"):
         self.name, self.must, self.aim, self.unit = name, must, aim, unit
         self.values = []
+        self.reason = ""  # why there are none
 
     def add(self, value):
         self.values.append(value)
 
     def line(self):
+        goal = "" if self.must is None else f"{abs(self.must):g} / {abs(self.aim):g}"
+        if self.reason:
+            return f"| {self.name} | {self.unit} | | | {goal} | not measured: {self.reason} |"
         middle = statistics.median(self.values)
         spread = f"{min(self.values):.2f} to {max(self.values):.2f}" if len(self.values) > 1 else ""
         if self.must is None:
@@ -163,8 +174,20 @@ class Row:
             verdict = "met" if middle >= -self.must else "not met"
         else:
             verdict = "met" if middle <= self.must else "not met"
-        goal = "" if self.must is None else f"{abs(self.must):g} / {abs(self.aim):g}"
         return f"| {self.name} | {self.unit} | {middle:.2f} | {spread} | {goal} | {verdict} |"
+
+
+class Rows:
+    """All of them; each is shown as soon as it is there."""
+
+    def __init__(self):
+        self.all = []
+        self.begin = time.monotonic()
+
+    def add(self, rows):
+        for row in rows:
+            print(f"{time.monotonic() - self.begin:5.0f} s {row.line()}", file=sys.stderr, flush=True)
+        self.all += rows
 
 
 def repeated(bench, repeats, *work):
@@ -232,6 +255,19 @@ def measure_big(bench, corpora, options):
     return [row]
 
 
+def measure_workers(bench, corpora, options):
+    small = corpora.make("small", make_small, options.files)
+    row = Row("duplicate scan of small files, 2 workers on one processor", 1.15, 1.15,
+              "times the same with 1")
+    for _ in range(options.rounds):
+        alone = bench.run("duplicates-by-1", small)
+        both = bench.run("duplicates-by-2", small)
+        if alone["rows"] != both["rows"]:
+            sys.exit("the scans disagree with each other")
+        row.add(both["total"] / alone["total"])
+    return [row]
+
+
 def measure_clean(bench, corpora, options):
     files = min(options.files, 10_000)
     row = Row(f"clean of {files} rows, 6 folders deep", 1.15, 1.05)
@@ -250,12 +286,57 @@ def measure_clean(bench, corpora, options):
 
 def measure_cancels(bench, corpora, options):
     small = corpora.make("small", make_small, options.files)
+    junk = corpora.make("junk", make_junk, min(options.files, 20_000))
     rows = []
-    for kind in ("large", "duplicates"):
-        row = Row(f"cancel of a scan ({kind}) at 20 random moments", 50, 50, "longest wait in ms")
-        row.add(max(bench.run(f"cancel-{kind}", small)["latencies_ms"]))
-        rows.append(row)
+    for kind, folder in (("large", small), ("duplicates", small), ("junk", junk),
+                         ("session", small)):
+        rows.append(cancel_row(bench, f"cancel of a scan ({kind})", f"cancel-{kind}", folder))
+    try:
+        huge = corpora.make("huge", make_huge, 2)
+        rows.append(cancel_row(bench, "cancel in the reading of a file of 10 GiB", "cancel-huge",
+                               huge))
+    finally:
+        corpora.remove("huge")
     return rows
+
+
+def cancel_row(bench, name, work, folder):
+    row = Row(f"{name} at {MOMENTS} random moments", 50, 50, "longest wait in ms")
+    latencies = bench.run(work, folder)["latencies_ms"]
+    if len(latencies) == MOMENTS:
+        row.add(max(latencies))
+    else:
+        row.reason = "the scan ends too soon"
+    return row
+
+
+def measure_all_processors(bench, corpora, options):
+    """By wall time, on all processors, the server as well. A round beside which others ran is done
+    again, but not for ever."""
+    row = Row("duplicate scan of large files on all processors", 0.62, 0.54,
+              "wall time, times that of 1 worker")
+    if len(os.sched_getaffinity(0)) == 1:
+        row.reason = "one processor"
+        return [row]
+    big = corpora.make("big", make_big, options.big)
+    use_all_processors(bench.server)
+    use_all_processors(bench.process.pid)
+    bench.run("bytes", big)  # both find the files in the page cache
+    for _ in range(2 * options.rounds):
+        watch = Watch(bench.process.pid, bench.server)
+        alone = bench.run("duplicates-by-1", big)
+        together = bench.run("duplicates", big)
+        if alone["rows"] != together["rows"]:
+            sys.exit("the scans disagree with each other")
+        others = watch.share_of_others()
+        print(f"{together['wall'] / alone['wall']:.2f} on all processors, others had {others:.2f}",
+              file=sys.stderr, flush=True)
+        if others <= QUIET:
+            row.add(together["wall"] / alone["wall"])
+        if len(row.values) == options.rounds:
+            return [row]
+    row.reason = "machine busy"
+    return [row]
 
 
 # ---- What runs on the host.
@@ -266,9 +347,26 @@ def host_lines(program, *arguments):
     return [json.loads(line) for line in done.stdout.splitlines()]
 
 
+def growth_lines(options):
+    """One line for each work and number of files: the medians of some rounds."""
+    rounds = [host_lines(os.path.join(options.host, "scan_growth"), options.most)
+              for _ in range(min(options.rounds, GROWTH_ROUNDS))]
+    for lines in zip(*rounds):
+        yield {**lines[0], "times": [line["ns_per_file"] for line in lines],
+               "ns_per_file": statistics.median(line["ns_per_file"] for line in lines),
+               "peak_bytes": statistics.median(line["peak_bytes"] for line in lines)}
+
+
+def growth_row(name, must, aim, unit, few, many):
+    row = Row(name, must, aim, unit)
+    for small, large in zip(few["times"], many["times"]):
+        row.add(large / small)
+    return row
+
+
 def measure_growth(options):
     """On the simulated Windows: growth, memory, and trees of an awkward shape."""
-    lines = host_lines(os.path.join(options.host, "scan_growth"), options.most)
+    lines = list(growth_lines(options))
     by_work = {}
     for line in lines:
         by_work.setdefault(line["work"], {})[line["files"]] = line
@@ -277,21 +375,34 @@ def measure_growth(options):
              "second duplicate scan": (1.30, 1.15, (450, 300))}
     rows = []
     for work, (must, aim, memory) in goals.items():
-        few, some, many = (by_work[work][files] for files in sorted(by_work[work]))
-        row = Row(f"{work}: {few['files']:,} to {many['files']:,} files", must, aim,
-                  "growth of the time for each file")
-        row.add(many["ns_per_file"] / few["ns_per_file"])
-        rows.append(row)
+        sizes = sorted(by_work[work])
+        few, some, many = (by_work[work][files] for files in (sizes[0], sizes[1], sizes[-1]))
+        most = many
+        if work == "second duplicate scan":
+            most = by_work[work][max(files for files in sizes if files <= FILES_IN_CACHE)]
+        rows.append(growth_row(f"{work}: {few['files']:,} to {most['files']:,} files", must, aim,
+                               "growth of the time for each file", few, most))
         must, aim = memory if isinstance(memory, tuple) else (memory, memory)
         row = Row(f"{work}: memory for each further file", must, aim, "bytes")
         row.add((many["peak_bytes"] - some["peak_bytes"]) / (many["files"] - some["files"]))
         rows.append(row)
     for work in ("files of one size", "one folder", "equal files"):
         few, many = (by_work[work][files] for files in sorted(by_work[work]))
-        row = Row(f"{many['files']:,} files, {work}", 1.3, 1.3, "growth from a tenth of them")
-        row.add(many["ns_per_file"] / few["ns_per_file"])
-        rows.append(row)
+        rows.append(growth_row(f"{many['files']:,} files, {work}", 1.3, 1.3,
+                               "growth from a tenth of them", few, many))
     return rows, lines
+
+
+def measure_opens(options):
+    """On the simulated Windows, against what the tree says."""
+    answer, = host_lines(os.path.join(options.host, "count_opens"))
+    rows = [Row(f"duplicate scan of {answer['files']:,} files: opens, of {answer['due']:,} due", 0, 0,
+                "too many and too few"),
+            Row("the same: opens of files alone with their size", 0, 0, "counted"),
+            Row("the same for the second time: opens of files", 0, 0, "counted")]
+    for row, name in zip(rows, ("wrong", "alone", "again")):
+        row.add(answer[name])
+    return rows
 
 
 def measure_hashes(options):
@@ -311,10 +422,11 @@ def table(rows):
 
 
 def growth_table(lines):
-    out = ["| Work | Files | us/file | Peak, bytes/file |", "|---|---|---|---|"]
+    out = ["| Work | Files | Compared | us/file | Peak, bytes/file |", "|---|---|---|---|---|"]
     for line in lines:
-        out.append(f"| {line['work']} | {line['files']:,} | {line['ns_per_file'] / 1000:.2f} | "
-                   f"{line['peak_bytes'] / line['files']:.0f} |")
+        compared = f"{line['compared'] / line['files']:.0%}" if line["compared"] else ""
+        out.append(f"| {line['work']} | {line['files']:,} | {compared} | "
+                   f"{line['ns_per_file'] / 1000:.2f} | {line['peak_bytes'] / line['files']:.0f} |")
     return "\n".join(out)
 
 
@@ -344,17 +456,18 @@ def main():
     # Long enough for a clock that ticks every 10 ms.
     options.repeats = max(1, 100_000 // options.files)
 
+    shown = Rows()
     corpora = Corpora(options.corpora)
     bench = Bench(options.command, options.server)
-    rows = []
-    for measure in (measure_walks, measure_duplicates, measure_big, measure_clean,
-                    measure_cancels):
-        rows += measure(bench, corpora, options)
-        print("\n".join(row.line() for row in rows[-8:]), file=sys.stderr, flush=True)
+    for measure in (measure_walks, measure_duplicates, measure_big, measure_workers, measure_clean,
+                    measure_cancels, measure_all_processors):
+        shown.add(measure(bench, corpora, options))
     bench.close()
-    rows += measure_hashes(options)
+    shown.add(measure_hashes(options))
+    shown.add(measure_opens(options))
     growth, lines = measure_growth(options)
-    rows += growth
+    shown.add(growth)
+    rows = shown.all
 
     print(table(rows))
     print()

@@ -3,7 +3,8 @@
 # table; --write docs/performance.md puts it into that document as well.
 #
 # Some run on the simulated Windows, the others through the DLL under Wine on trees below the build
-# folder: --files 20000 --big 8 makes them smaller. It needs no quiet machine, but a few gigabytes.
+# folder: --files 20000 --big 8 makes them smaller. It needs a few gigabytes, and a quiet machine for
+# one row only, which says so when it was not.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 source "$root/scripts/build_env.sh"
@@ -11,7 +12,7 @@ source "$root/scripts/wine_env.sh"
 
 install_for_windows
 install_for_host
-build_preset host scan_growth hash_rate
+build_preset host scan_growth count_opens hash_rate
 build_preset windows quastel_core windows_bench
 
 corpora=$root/build/bench

@@ -186,7 +186,8 @@ class Rows:
 
     def add(self, rows):
         for row in rows:
-            print(f"{time.monotonic() - self.begin:5.0f} s {row.line()}", file=sys.stderr, flush=True)
+            seconds = time.monotonic() - self.begin
+            print(f"{seconds:5.0f} s {row.line()}", file=sys.stderr, flush=True)
         self.all += rows
 
 
@@ -205,6 +206,8 @@ def measure_walks(bench, corpora, options):
             Row("large-file scan that finds nothing, protection on", 1.15, 1.05),
             Row("large-file scan, every file a row, read back", 1.45, 1.25),
             Row("junk scan by 100 rules", 1.30, 1.15)]
+    for folder in (small, large, junk):
+        bench.run("bare", folder)  # no side has to fill the page cache for the other
     for _ in range(options.rounds):
         bare = repeated(bench, options.repeats, "bare", small)["total"]
         rows[0].add(repeated(bench, options.repeats, "walk", small)["total"] / bare)
@@ -218,6 +221,7 @@ def measure_walks(bench, corpora, options):
 
 def measure_duplicates(bench, corpora, options):
     small = corpora.make("small", make_small, options.files)
+    bench.run("stages", small)
     profile = "Y:\\profile"
     cache = os.path.join(corpora.root, "profile", "AppData")
     rows = [Row("duplicate scan without a cache, small files", 1.10, 1.03),
@@ -249,6 +253,7 @@ def measure_big(bench, corpora, options):
     big = corpora.make("big", make_big, options.big)
     row = Row(f"duplicate scan of {options.big} files of 5 to 200 MiB", 1.50, 1.36,
               "times reading the bytes")
+    bench.run("bytes", big)
     for _ in range(options.rounds):
         read = bench.run("bytes", big)
         row.add(bench.run("duplicates", big)["total"] / read["total"])
@@ -321,7 +326,7 @@ def measure_all_processors(bench, corpora, options):
     big = corpora.make("big", make_big, options.big)
     use_all_processors(bench.server)
     use_all_processors(bench.process.pid)
-    bench.run("bytes", big)  # both find the files in the page cache
+    bench.run("bytes", big)
     for _ in range(2 * options.rounds):
         watch = Watch(bench.process.pid, bench.server)
         alone = bench.run("duplicates-by-1", big)
@@ -382,6 +387,12 @@ def measure_growth(options):
             most = by_work[work][max(files for files in sizes if files <= FILES_IN_CACHE)]
         rows.append(growth_row(f"{work}: {few['files']:,} to {most['files']:,} files", must, aim,
                                "growth of the time for each file", few, most))
+        if few["compared"]:
+            row = Row("the same", None, None, "growth of the time for each compared file")
+            shares = [line["compared"] / line["files"] for line in (few, most)]
+            for value in rows[-1].values:
+                row.add(value * shares[0] / shares[1])
+            rows.append(row)
         must, aim = memory if isinstance(memory, tuple) else (memory, memory)
         row = Row(f"{work}: memory for each further file", must, aim, "bytes")
         row.add((many["peak_bytes"] - some["peak_bytes"]) / (many["files"] - some["files"]))

@@ -1,5 +1,6 @@
 #include "simulated_corpus.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 
@@ -27,13 +28,20 @@ Text PathOf(Corpus corpus, std::uint32_t file) {
   return Text(kCorpusRoot).append(text.begin(), text.end());
 }
 
-// Every tenth file is a copy of the one before, so that a fifth of all has an equal.
-void AddSmallFile(simulated::SimulatedWindows& windows, Corpus corpus, std::uint32_t file) {
-  constexpr std::uint64_t kLargest = 65'537;
-  const bool is_copy = file % 10 == 9;
-  const std::uint32_t content = is_copy ? file - 1 : file;
-  const bool is_near_copy = file % 10 == 7;  // of its size, but nothing else
-  const std::uint64_t size = Scatter(is_near_copy ? file - 1 : content) % kLargest;
+// Every tenth file is a copy of the one before, so that a fifth of all has an equal. Two in ten are
+// alone with their size; the others have a fourth as many sizes as there are files. So the same share
+// of a tree has to be compared, however many files it has.
+void AddSmallFile(simulated::SimulatedWindows& windows, Corpus corpus, std::uint32_t file,
+                  std::uint32_t files) {
+  constexpr std::uint32_t kLargest = 65'536;
+  const std::uint32_t digit = file % 10;
+  const std::uint32_t content = digit == 9 ? file - 1 : file;
+  const bool is_near_copy = digit == 7;  // of its size, but nothing else
+  const bool is_alone = digit == 3 || digit == 5;
+  const std::uint32_t sizes = std::clamp(files / 4, 1u, kLargest);
+  const std::uint64_t shared_size =
+      Scatter(is_near_copy ? file - 1 : content) % sizes * (kLargest / sizes);
+  const std::uint64_t size = is_alone ? std::uint64_t{kLargest} + file : shared_size;
   windows.AddSizedFile(PathOf(corpus, file), size, Scatter(content));
 }
 
@@ -44,7 +52,7 @@ void AddCorpus(simulated::SimulatedWindows& windows, Corpus corpus, std::uint32_
     switch (corpus) {
       case Corpus::kSmallFiles:
       case Corpus::kOneFolder:
-        AddSmallFile(windows, corpus, file);
+        AddSmallFile(windows, corpus, file, files);
         break;
       case Corpus::kLargeFiles:
         windows.AddSizedFile(PathOf(corpus, file), 10'485'761 + file, file);

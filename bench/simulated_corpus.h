@@ -14,7 +14,8 @@ inline constexpr TextView kCorpusRoot = QS_TEXT("C:\\corpus");
 
 // What the files are like; paths have 60 to 70 units, folders 100 files.
 enum class Corpus {
-  kSmallFiles,  // 0 to 64 KiB; a fifth of them has a copy, another file in ten is a near copy
+  kSmallFiles,  // up to 64 KiB; a fifth has an equal, one in ten is a near copy, a fifth is larger
+                // and alone with its size
   kLargeFiles,  // just above 10 MiB, without content of their own
   kOneSize,     // different contents of one size
   kOneFolder,   // small files, all in one folder

@@ -387,12 +387,6 @@ def measure_growth(options):
             most = by_work[work][max(files for files in sizes if files <= FILES_IN_CACHE)]
         rows.append(growth_row(f"{work}: {few['files']:,} to {most['files']:,} files", must, aim,
                                "growth of the time for each file", few, most))
-        if few["compared"]:
-            row = Row("the same", None, None, "growth of the time for each compared file")
-            shares = [line["compared"] / line["files"] for line in (few, most)]
-            for value in rows[-1].values:
-                row.add(value * shares[0] / shares[1])
-            rows.append(row)
         must, aim = memory if isinstance(memory, tuple) else (memory, memory)
         row = Row(f"{work}: memory for each further file", must, aim, "bytes")
         row.add((many["peak_bytes"] - some["peak_bytes"]) / (many["files"] - some["files"]))

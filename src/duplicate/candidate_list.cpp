@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "base/ascii.h"
+#include "base/common_prefix.h"
 
 namespace quastel::duplicate {
 
@@ -13,7 +14,8 @@ void CandidateList::Add(TextView path, TextView name, std::uint64_t size,
   if (candidates_.size() == std::numeric_limits<CandidateIndex>::max()) {
     throw std::length_error("more files than an index can name");
   }
-  const bool is_odd = !path.ends_with(name);
+  const bool is_odd =
+      path.size() < name.size() || !IsSameText(path.substr(path.size() - name.size()), name);
   const TextView leaf = is_odd ? quastel::LeafOf(path) : name;
   if (is_odd) {
     odd_names_.emplace(static_cast<CandidateIndex>(candidates_.size()), texts_.Keep(name));
@@ -30,8 +32,11 @@ void CandidateList::Add(TextView path, TextView name, std::uint64_t size,
 // Most names need no more than a byte for each unit.
 void CandidateList::KeepLeaf(TextView leaf, Candidate& candidate) {
   candidate.leaf_length = static_cast<std::uint32_t>(leaf.size()) & 0x7FFFFFFF;
-  const bool has_bytes =
-      std::all_of(leaf.begin(), leaf.end(), [](Char c) { return c <= Char{0xFF}; });
+  unsigned all_bits = 0;
+  for (const Char c : leaf) {
+    all_bits |= c;
+  }
+  const bool has_bytes = all_bits <= 0xFF;
   candidate.has_bytes = has_bytes ? 1 : 0;
   if (has_bytes) {
     auto* const bytes = texts_.Allocate<unsigned char>(leaf.size());
@@ -54,7 +59,7 @@ void CandidateList::CopyLeaf(CandidateIndex index, Char* out) const {
 
 // The files of a folder come one after the other, so only the last one has to be compared with.
 std::uint32_t CandidateList::FolderFor(TextView folder) {
-  if (folders_.empty() || folders_.back() != folder) {
+  if (folders_.empty() || !IsSameText(folders_.back(), folder)) {
     folders_.push_back(texts_.Keep(folder));
   }
   return static_cast<std::uint32_t>(folders_.size() - 1);

@@ -33,8 +33,9 @@ using Performance = qs_product_scan_performance;
 // The longest group key that a sample may make, with its terminator.
 constexpr std::size_t kSampleKeyCapacity = 384;
 
+// Only a text from a cache file can be too long for it.
 bool HasSampleKey(std::int64_t size, const DigestText& sample) {
-  return SampleGroupKey(size, {}).size() + sample.size() < kSampleKeyCapacity;
+  return !sample.refers() || SampleGroupKey(size, {}).size() + sample.size() < kSampleKeyCapacity;
 }
 
 // A second look at a file. The result is the sample of its tail, or the whole sample if the cache
@@ -106,7 +107,7 @@ class DuplicateScan {
                                      .protection = protection_ ? &*protection_ : nullptr,
                                      .cancel = scan_.cancel_flag()};
     for (const Text& root : roots_) {
-      const qs_status status = EnumerateFiles(root, options, OnDuplicateFileFound, this);
+      const qs_status status = VisitFiles(root, options, OnDuplicateFileFound, this);
       if (status != QS_OK) {
         return status;
       }
@@ -114,14 +115,14 @@ class DuplicateScan {
     return QS_OK;
   }
 
-  static void OnDuplicateFileFound(void* user, const Char* path, std::uint64_t size,
-                                   std::uint64_t last_write, const Char* name) {
+  static void OnDuplicateFileFound(void* user, const WalkedFile& file) {
     auto& self = *static_cast<DuplicateScan*>(user);
-    self.scan_.ReportProgress(path, static_cast<std::int64_t>(size));
+    self.scan_.ReportProgress(file.path.data(), static_cast<std::int64_t>(file.size));
     const bool is_left_out =
-        IsIgnoredFile(path) || (self.protection_ && self.protection_->ContainsFile(path, name));
+        IsIgnoredFile(file.path) ||
+        (self.protection_ && self.protection_->ContainsFile(file.path, file.name));
     if (!is_left_out) {
-      self.candidates_.Add(path, name, size, last_write);
+      self.candidates_.Add(file.path, file.name, file.size, file.last_write);
     }
   }
 

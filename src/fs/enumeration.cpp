@@ -17,10 +17,10 @@ constexpr TextView kEverything = QS_TEXT("*");
 // One recursive walk: a stack of folders still to be listed.
 class FileWalk {
  public:
-  FileWalk(const FileWalkOptions& options, qs_file_callback callback, void* user)
+  FileWalk(const FileWalkOptions& options, WalkedFileVisitor visitor, void* user)
       : options_(options),
         pattern_(options.pattern.empty() ? Text(kEverything) : options.pattern),
-        callback_(callback),
+        visitor_(visitor),
         user_(user) {}
 
   qs_status Run(Text root) {
@@ -108,8 +108,11 @@ class FileWalk {
   }
 
   void Report(const platform::FindData& entry) {
-    callback_(user_, entry_path_.Of(entry.name).c_str(), entry.size(),
-              LocalTicks(entry.last_write()), entry.name);
+    const TextView name(entry.name);
+    visitor_(user_, {.path = entry_path_.Of(name),
+                     .name = name,
+                     .size = entry.size(),
+                     .last_write = LocalTicks(entry.last_write())});
   }
 
   void Push(const platform::FindData& entry) {
@@ -124,7 +127,7 @@ class FileWalk {
 
   const FileWalkOptions& options_;
   const Text pattern_;
-  const qs_file_callback callback_;
+  const WalkedFileVisitor visitor_;
   void* const user_;
   std::vector<Text> pending_;
   EntryPath entry_path_;
@@ -133,9 +136,23 @@ class FileWalk {
 
 }  // namespace
 
+qs_status VisitFiles(const Text& root, const FileWalkOptions& options, WalkedFileVisitor visitor,
+                     void* user) {
+  return FileWalk(options, visitor, user).Run(ToLongPath(root));
+}
+
 qs_status EnumerateFiles(const Text& root, const FileWalkOptions& options,
                          qs_file_callback callback, void* user) {
-  return FileWalk(options, callback, user).Run(ToLongPath(root));
+  struct Receiver {
+    qs_file_callback callback;
+    void* user;
+  };
+  Receiver receiver = {callback, user};
+  const auto hand_on = [](void* to, const WalkedFile& file) {
+    const auto& [called, its_user] = *static_cast<const Receiver*>(to);
+    called(its_user, file.path.data(), file.size, file.last_write, file.name.data());
+  };
+  return VisitFiles(root, options, hand_on, &receiver);
 }
 
 qs_status EnumerateDirectories(const Text& root, qs_directory_callback callback, void* user,

@@ -15,8 +15,9 @@ Text SearchText(const Text& folder, TextView pattern) {
 }
 
 bool IsDotEntry(const platform::FindData& entry) {
-  const TextView name(entry.name);
-  return name == QS_TEXT(".") || name == QS_TEXT("..");
+  // Nearly every entry is told apart by its first unit, without a look for the end of its name.
+  const Char* const name = entry.name;
+  return name[0] == Char{'.'} && (name[1] == Char{} || (name[1] == Char{'.'} && name[2] == Char{}));
 }
 
 void EntryPath::EnterFolder(const Text& folder) {
@@ -24,7 +25,7 @@ void EntryPath::EnterFolder(const Text& folder) {
   folder_length_ = path_.size();
 }
 
-const Text& EntryPath::Of(const Char* name) {
+const Text& EntryPath::Of(TextView name) {
   path_.resize(folder_length_);
   path_.append(name);
   if (path_.size() < kLongPathThreshold || IsExtendedPath(path_)) {

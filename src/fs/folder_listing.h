@@ -29,7 +29,7 @@ class EntryPath {
   void EnterFolder(const Text& folder);
 
   // The full path of an entry, in the form that callers and system calls get.
-  const Text& Of(const Char* name);
+  const Text& Of(TextView name);
 
  private:
   Text path_;

@@ -14,6 +14,10 @@ constexpr std::array<TextView, 3> kIgnoredNames = {QS_TEXT("hiberfil.sys"), QS_T
 }  // namespace
 
 bool IsIgnoredFile(TextView path) {
+  // They all end like this, and hardly another file does.
+  if (path.empty() || FoldAscii(path.back()) != Char{'s'}) {
+    return false;
+  }
   const TextView leaf = LeafOf(path);
   return std::any_of(kIgnoredNames.begin(), kIgnoredNames.end(),
                      [leaf](TextView name) { return EqualsFolded(leaf, name); });

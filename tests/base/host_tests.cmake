@@ -3,6 +3,7 @@ quastel_host_test(base_tests
   base/ascii_test.cpp
   base/attributes_test.cpp
   base/block_list_test.cpp
+  base/common_prefix_test.cpp
   base/error_test.cpp
   base/handle_test.cpp
   base/mutex_test.cpp

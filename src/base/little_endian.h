@@ -3,25 +3,27 @@
 #ifndef QUASTEL_BASE_LITTLE_ENDIAN_H_
 #define QUASTEL_BASE_LITTLE_ENDIAN_H_
 
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <concepts>
 #include <cstddef>
 
 namespace quastel {
 
+static_assert(std::endian::native == std::endian::little, "bytes are copied as they lie");
+
 template <std::unsigned_integral T>
 constexpr T LoadLittleEndian(const unsigned char* bytes) {
-  T value = 0;
-  for (std::size_t i = 0; i < sizeof(T); ++i) {
-    value = static_cast<T>(value | static_cast<T>(T{bytes[i]} << (8 * i)));
-  }
-  return value;
+  std::array<unsigned char, sizeof(T)> raw = {};
+  std::copy_n(bytes, sizeof(T), raw.begin());
+  return std::bit_cast<T>(raw);
 }
 
 template <std::unsigned_integral T>
 constexpr void StoreLittleEndian(T value, unsigned char* bytes) {
-  for (std::size_t i = 0; i < sizeof(T); ++i) {
-    bytes[i] = static_cast<unsigned char>(value >> (8 * i));
-  }
+  const auto raw = std::bit_cast<std::array<unsigned char, sizeof(T)>>(value);
+  std::copy_n(raw.begin(), sizeof(T), bytes);
 }
 
 }  // namespace quastel

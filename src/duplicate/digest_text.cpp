@@ -1,5 +1,6 @@
 #include "duplicate/digest_text.h"
 
+#include <array>
 #include <bit>
 #include <optional>
 
@@ -10,25 +11,35 @@ namespace {
 
 constexpr std::size_t kHashesLength = 2 * kHashTextLength + 1;
 
+constexpr std::string_view kDigits = "0123456789abcdef";
+
+// What each character counts as a digit; 255 for those that are none.
+constexpr std::array<std::uint8_t, 256> kDigitValues = [] {
+  std::array<std::uint8_t, 256> values = {};
+  values.fill(255);
+  for (std::size_t i = 0; i < kDigits.size(); ++i) {
+    values[static_cast<unsigned char>(kDigits[i])] = static_cast<std::uint8_t>(i);
+  }
+  return values;
+}();
+
 // The number of eight lower-case hexadecimal digits, the most significant first.
 std::optional<std::uint32_t> NumberOf(std::string_view digits) {
   std::uint32_t number = 0;
+  std::uint32_t all_bits = 0;
   for (const char c : digits) {
-    if (c >= '0' && c <= '9') {
-      number = number << 4 | static_cast<std::uint32_t>(c - '0');
-    } else if (c >= 'a' && c <= 'f') {
-      number = number << 4 | static_cast<std::uint32_t>(c - 'a' + 10);
-    } else {
-      return std::nullopt;
-    }
+    const std::uint32_t digit = kDigitValues[static_cast<unsigned char>(c)];
+    number = number << 4 | (digit & 15);
+    all_bits |= digit;
   }
-  return number;
+  return all_bits < 16 ? std::optional<std::uint32_t>(number) : std::nullopt;
 }
 
-void AppendDigits(std::uint32_t number, std::string& text) {
+char* PutDigits(std::uint32_t number, char* out) {
   for (int shift = 28; shift >= 0; shift -= 4) {
-    text += "0123456789abcdef"[number >> shift & 15];
+    *out++ = kDigits[number >> shift & 15];
   }
+  return out;
 }
 
 }  // namespace
@@ -77,16 +88,22 @@ DigestText DigestText::head() const noexcept {
   return form_ == Form::kHashes ? OfNumbers(head_number(), 0, Form::kHash) : *this;
 }
 
-void DigestText::AppendTo(std::string& out) const {
+void DigestText::CopyTo(char* out) const {
   if (form_ == Form::kText) {
-    out.append(text());
+    text().copy(out, length_);
     return;
   }
-  AppendDigits(head_number(), out);
+  out = PutDigits(head_number(), out);
   if (form_ == Form::kHashes) {
-    out += kTailMark;
-    AppendDigits(tail_number(), out);
+    *out = kTailMark;
+    PutDigits(tail_number(), out + 1);
   }
+}
+
+void DigestText::AppendTo(std::string& out) const {
+  const std::size_t before = out.size();
+  out.resize(before + size());
+  CopyTo(out.data() + before);
 }
 
 std::string DigestText::Get() const {
@@ -99,10 +116,7 @@ int DigestText::Compare(const DigestText& a, const DigestText& b) {
   if (a.form_ != b.form_) {
     return a.Get().compare(b.Get());
   }
-  if (a.form_ == Form::kText) {
-    return a.text().compare(b.text());
-  }
-  return a.value_ < b.value_ ? -1 : b.value_ < a.value_ ? 1 : 0;
+  return a.text().compare(b.text());
 }
 
 }  // namespace quastel::duplicate

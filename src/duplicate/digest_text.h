@@ -36,18 +36,29 @@ class DigestText {
   // Whether this points to a text somewhere else.
   bool refers() const { return form_ == Form::kText && length_ > 0; }
 
+  // Writes the text, `size()` characters without an end.
+  void CopyTo(char* out) const;
   void AppendTo(std::string& out) const;
   std::string Get() const;
 
   // As the texts compare, byte by byte.
-  friend bool operator==(const DigestText& a, const DigestText& b) { return Compare(a, b) == 0; }
-  friend bool operator<(const DigestText& a, const DigestText& b) { return Compare(a, b) < 0; }
+  friend bool operator==(const DigestText& a, const DigestText& b) {
+    return AreAlike(a, b) ? a.value_ == b.value_ : Compare(a, b) == 0;
+  }
+  friend bool operator<(const DigestText& a, const DigestText& b) {
+    return AreAlike(a, b) ? a.value_ < b.value_ : Compare(a, b) < 0;
+  }
 
  private:
   enum class Form : std::uint8_t { kText, kHash, kHashes };
 
   static DigestText OfNumbers(std::uint64_t head, std::uint64_t tail, Form form) noexcept;
+  // Of two that are not both numbers of one form.
   static int Compare(const DigestText& a, const DigestText& b);
+  // Nearly always: then the numbers say it.
+  static bool AreAlike(const DigestText& a, const DigestText& b) {
+    return a.form_ == b.form_ && a.form_ != Form::kText;
+  }
 
   std::uint32_t head_number() const { return static_cast<std::uint32_t>(value_ >> 32); }
   std::uint32_t tail_number() const { return static_cast<std::uint32_t>(value_); }

@@ -10,6 +10,7 @@
 #ifndef QUASTEL_DUPLICATE_HASH_CACHE_FORMAT_H_
 #define QUASTEL_DUPLICATE_HASH_CACHE_FORMAT_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -22,6 +23,11 @@ inline constexpr std::uint32_t kMaxEntries = 200'000;
 inline constexpr std::uint32_t kMaxPathLength = 32'767;
 inline constexpr std::uint32_t kMaxSampleLength = 300;
 inline constexpr std::uint32_t kMaxHashLength = 8;
+
+// The bytes of an entry whose texts are as long as they may be.
+inline constexpr std::size_t kLongestEntry = 3 * sizeof(std::uint32_t) + 3 * sizeof(std::uint64_t) +
+                                             kMaxPathLength * sizeof(Char) + kMaxSampleLength +
+                                             kMaxHashLength;
 
 // 72 hours in 100-nanosecond units: how long an entry holds after it was last confirmed.
 inline constexpr std::uint64_t kLifetime = 2'592'000'000'000;

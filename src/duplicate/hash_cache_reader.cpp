@@ -1,12 +1,11 @@
 // Reading the cache file: whole and sound, or not at all.
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
+#include <cstring>
+#include <memory>
 #include <optional>
-#include <span>
-#include <string>
-#include <vector>
+#include <string_view>
 
 #include "base/little_endian.h"
 #include "duplicate/hash_cache.h"
@@ -20,128 +19,134 @@
 namespace quastel::duplicate {
 namespace {
 
-// Reads a file piece by piece, and knows how much of it is left: no length that the file itself
-// claims is believed, or allocated for, beyond that.
+// Hands a file out in pieces that lie whole in its buffer, and knows how much of it is left: no
+// length that the file itself claims is believed beyond that.
 class CacheReader {
  public:
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the first read fills the buffer
   CacheReader(const platform::FileHandle& file, std::uint64_t size)
-      : file_(file), remaining_(size) {}
+      : file_(file),
+        remaining_(size),
+        buffer_(std::make_unique_for_overwrite<unsigned char[]>(kBufferSize)) {}
 
-  std::uint64_t remaining() const { return remaining_; }
-
-  bool Read(std::span<unsigned char> out) {
-    if (out.size() > remaining_) {
-      return false;
+  // The next bytes, without going past them; they hold until the next call. Null when there are not
+  // as many.
+  const unsigned char* Peek(std::size_t size) {
+    if (size > remaining_ || size > kBufferSize) {
+      return nullptr;
     }
-    remaining_ -= out.size();
-    while (!out.empty()) {
-      if (position_ == filled_ && !Fill()) {
-        return false;
+    while (filled_ - position_ < size) {
+      if (!Fill()) {
+        return nullptr;
       }
-      const std::size_t taken = std::min(out.size(), filled_ - position_);
-      std::copy_n(buffer_.data() + position_, taken, out.data());
-      position_ += taken;
-      out = out.subspan(taken);
     }
-    return true;
+    return buffer_.get() + position_;
   }
 
-  template <typename T>
-  std::optional<T> ReadInteger() {
-    unsigned char bytes[sizeof(T)];
-    return Read(bytes) ? std::optional<T>(LoadLittleEndian<T>(bytes)) : std::nullopt;
-  }
-
-  // A length that is within its limit and within the file.
-  std::optional<std::uint32_t> ReadLength(std::uint32_t limit, std::uint32_t unit_size) {
-    const auto length = ReadInteger<std::uint32_t>();
-    if (!length || *length > limit || std::uint64_t{*length} * unit_size > remaining_) {
-      return std::nullopt;
-    }
-    return length;
+  // Goes past bytes that were peeked at.
+  void Skip(std::size_t size) {
+    position_ += size;
+    remaining_ -= size;
   }
 
  private:
+  // Room for the longest entry behind the rest of another one.
+  static constexpr std::size_t kBufferSize = std::size_t{128} * 1024;
+  static_assert(kBufferSize >= kLongestEntry);
+
+  // Moves what is left to the front and reads behind it.
   bool Fill() {
-    const auto read =
-        platform::ReadFrom(file_, buffer_.data(), static_cast<std::uint32_t>(buffer_.size()));
+    std::copy(buffer_.get() + position_, buffer_.get() + filled_, buffer_.get());
+    filled_ -= position_;
+    position_ = 0;
+    const auto read = platform::ReadFrom(file_, buffer_.get() + filled_,
+                                         static_cast<std::uint32_t>(kBufferSize - filled_));
     if (!read.ok() || read.value() == 0) {
       return false;
     }
-    position_ = 0;
-    filled_ = read.value();
+    filled_ += read.value();
     return true;
   }
 
   const platform::FileHandle& file_;
   std::uint64_t remaining_;
-  std::array<unsigned char, std::size_t{16} * 1024> buffer_;
+  const std::unique_ptr<unsigned char[]> buffer_;
   std::size_t position_ = 0;
   std::size_t filled_ = 0;
 };
 
-// The fields of one entry, in buffers that are kept from one to the next.
-struct EntryFields {
-  std::vector<unsigned char> bytes;
+// Makes one entry after the other of the bytes behind the reader's place. The texts hold until the
+// next entry.
+class EntryReader {
+ public:
+  explicit EntryReader(CacheReader& reader) : reader_(reader) {}
+
+  bool Next() {
+    std::size_t offset = 0;
+    const auto key_length = Length(offset, kMaxPathLength);
+    if (!key_length) {
+      return false;
+    }
+    const std::size_t key_at = offset;
+    const std::size_t key_bytes = *key_length * sizeof(Char);
+    const std::size_t numbers_at = key_at + key_bytes;
+    offset = numbers_at + 3 * sizeof(std::uint64_t);
+    const auto sample_length = Length(offset, kMaxSampleLength);
+    if (!sample_length) {
+      return false;
+    }
+    const std::size_t sample_at = offset;
+    offset += *sample_length;
+    const auto hash_length = Length(offset, kMaxHashLength);
+    if (!hash_length) {
+      return false;
+    }
+    const std::size_t hash_at = offset;
+    offset += *hash_length;
+    const unsigned char* const bytes = reader_.Peek(offset);
+    if (bytes == nullptr) {
+      return false;
+    }
+    // A key may lie at an odd place, where no text can be looked at.
+    key.resize(*key_length);
+    std::memcpy(key.data(), bytes + key_at, key_bytes);
+    size = LoadLittleEndian<std::uint64_t>(bytes + numbers_at);
+    last_write = LoadLittleEndian<std::uint64_t>(bytes + numbers_at + sizeof(size));
+    confirmed_time = LoadLittleEndian<std::uint64_t>(bytes + numbers_at + 2 * sizeof(size));
+    sample = {reinterpret_cast<const char*>(bytes) + sample_at, *sample_length};
+    full_hash = {reinterpret_cast<const char*>(bytes) + hash_at, *hash_length};
+    reader_.Skip(offset);
+    return true;
+  }
+
   Text key;
   std::uint64_t size = 0;
   std::uint64_t last_write = 0;
   std::uint64_t confirmed_time = 0;
-  std::string sample;
-  std::string full_hash;
+  std::string_view sample;
+  std::string_view full_hash;
+
+ private:
+  // A length that is within its limit; `offset` moves behind it.
+  std::optional<std::uint32_t> Length(std::size_t& offset, std::uint32_t limit) {
+    const unsigned char* const bytes = reader_.Peek(offset + sizeof(std::uint32_t));
+    if (bytes == nullptr) {
+      return std::nullopt;
+    }
+    const auto length = LoadLittleEndian<std::uint32_t>(bytes + offset);
+    offset += sizeof(length);
+    return length <= limit ? std::optional<std::uint32_t>(length) : std::nullopt;
+  }
+
+  CacheReader& reader_;
 };
 
-bool ReadKey(CacheReader& reader, EntryFields& entry) {
-  const auto length = reader.ReadLength(kMaxPathLength, sizeof(Char));
-  if (!length) {
-    return false;
-  }
-  entry.bytes.resize(std::size_t{*length} * sizeof(Char));
-  if (!reader.Read(entry.bytes)) {
-    return false;
-  }
-  entry.key.resize(*length);
-  for (std::size_t i = 0; i < entry.key.size(); ++i) {
-    entry.key[i] =
-        static_cast<Char>(LoadLittleEndian<std::uint16_t>(entry.bytes.data() + i * sizeof(Char)));
-  }
-  return true;
-}
-
-bool ReadBytes(CacheReader& reader, std::uint32_t limit, std::string& bytes) {
-  const auto length = reader.ReadLength(limit, 1);
-  if (!length) {
-    return false;
-  }
-  bytes.resize(*length);
-  return reader.Read({reinterpret_cast<unsigned char*>(bytes.data()), bytes.size()});
-}
-
-bool ReadEntry(CacheReader& reader, EntryFields& entry) {
-  if (!ReadKey(reader, entry)) {
-    return false;
-  }
-  const auto size = reader.ReadInteger<std::uint64_t>();
-  const auto last_write = reader.ReadInteger<std::uint64_t>();
-  const auto confirmed_time = reader.ReadInteger<std::uint64_t>();
-  if (!size || !last_write || !confirmed_time) {
-    return false;
-  }
-  entry.size = *size;
-  entry.last_write = *last_write;
-  entry.confirmed_time = *confirmed_time;
-  return ReadBytes(reader, kMaxSampleLength, entry.sample) &&
-         ReadBytes(reader, kMaxHashLength, entry.full_hash);
-}
-
 // An entry from the future means that the clock was set back: its age is unknown.
-bool StillHolds(const EntryFields& entry, std::uint64_t now) {
+bool StillHolds(const EntryReader& entry, std::uint64_t now) {
   return entry.confirmed_time <= now && now - entry.confirmed_time <= kLifetime &&
          !entry.sample.empty();
 }
 
-void PutEntry(HashCache& cache, const EntryFields& fields) {
+void PutEntry(HashCache& cache, const EntryReader& fields) {
   CacheEntry& entry = cache[cache.FindOrAdd(fields.key)];
   entry.size = fields.size;
   entry.last_write = fields.last_write;
@@ -150,28 +155,32 @@ void PutEntry(HashCache& cache, const EntryFields& fields) {
   entry.full_hash = cache.Keep(fields.full_hash);
 }
 
-bool ReadMagic(CacheReader& reader) {
-  std::array<unsigned char, kCacheMagic.size()> magic = {};
-  return reader.Read(magic) && std::equal(magic.begin(), magic.end(), kCacheMagic.begin());
+// The number of entries that the header announces.
+std::optional<std::uint32_t> ReadHeader(CacheReader& reader) {
+  constexpr std::size_t kHeaderSize = kCacheMagic.size() + sizeof(std::uint32_t);
+  const unsigned char* const header = reader.Peek(kHeaderSize);
+  if (header == nullptr || !std::equal(kCacheMagic.begin(), kCacheMagic.end(), header)) {
+    return std::nullopt;
+  }
+  const auto count = LoadLittleEndian<std::uint32_t>(header + kCacheMagic.size());
+  reader.Skip(kHeaderSize);
+  return count <= kMaxEntries ? std::optional<std::uint32_t>(count) : std::nullopt;
 }
 
 std::optional<HashCache> ReadEntries(CacheReader& reader, std::uint64_t now,
                                      std::uint32_t* cancel) {
-  if (!ReadMagic(reader)) {
-    return std::nullopt;
-  }
-  const auto count = reader.ReadInteger<std::uint32_t>();
-  if (!count || *count > kMaxEntries) {
+  const auto count = ReadHeader(reader);
+  if (!count) {
     return std::nullopt;
   }
   HashCache cache;
-  EntryFields fields;
+  EntryReader entry(reader);
   for (std::uint32_t i = 0; i < *count; ++i) {
-    if (IsCancelRequested(cancel) || !ReadEntry(reader, fields)) {
+    if (IsCancelRequested(cancel) || !entry.Next()) {
       return std::nullopt;
     }
-    if (StillHolds(fields, now)) {
-      PutEntry(cache, fields);
+    if (StillHolds(entry, now)) {
+      PutEntry(cache, entry);
     }
   }
   return cache;

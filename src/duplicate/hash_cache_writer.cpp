@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <string>
+#include <cstring>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -22,77 +23,72 @@ namespace {
 
 class CacheWriter {
  public:
-  explicit CacheWriter(const platform::FileHandle& file) : file_(file) {
-    buffer_.reserve(kBufferSize);
+  explicit CacheWriter(const platform::FileHandle& file)
+      : file_(file),
+        buffer_(std::make_unique_for_overwrite<unsigned char[]>(kFlushSize + kLongestEntry)) {}
+
+  void WriteHeader(std::uint32_t entries) {
+    WriteBytes(kCacheMagic.data(), kCacheMagic.size());
+    WriteInteger(entries);
   }
 
-  template <typename T>
-  void WriteInteger(T value) {
-    unsigned char bytes[sizeof(T)];
-    StoreLittleEndian(value, bytes);
-    buffer_.insert(buffer_.end(), bytes, bytes + sizeof(T));
-  }
-
-  void WriteBytes(std::string_view bytes) {
-    buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
-  }
-
-  void WriteText(TextView text) {
-    const std::size_t start = buffer_.size();
-    buffer_.resize(start + text.size() * sizeof(Char));
-    for (std::size_t i = 0; i < text.size(); ++i) {
-      StoreLittleEndian(static_cast<std::uint16_t>(text[i]),
-                        buffer_.data() + start + i * sizeof(Char));
-    }
-  }
-
-  // With its length in front.
-  void WriteDigest(const DigestText& digest) {
-    digest_.clear();
-    digest.AppendTo(digest_);
-    WriteInteger(static_cast<std::uint32_t>(digest_.size()));
-    WriteBytes(digest_);
+  // There is room for it: the buffer was flushed when it was full.
+  void WriteEntry(const CacheEntry& entry) {
+    WriteInteger(static_cast<std::uint32_t>(entry.key.size()));
+    WriteBytes(entry.key.data(), entry.key.size() * sizeof(Char));
+    WriteInteger(entry.size);
+    WriteInteger(entry.last_write);
+    WriteInteger(entry.confirmed_time);
+    WriteDigest(entry.sample);
+    WriteDigest(entry.full_hash);
   }
 
   // Hands a full buffer to the file.
-  bool FlushWhenFull() { return buffer_.size() < kBufferSize || Flush(); }
+  bool FlushWhenFull() { return used_ < kFlushSize || Flush(); }
 
   bool Flush() {
-    const auto size = static_cast<std::uint32_t>(buffer_.size());
-    const auto written = platform::WriteTo(file_, buffer_.data(), size);
-    buffer_.clear();
+    const auto size = static_cast<std::uint32_t>(used_);
+    const auto written = platform::WriteTo(file_, buffer_.get(), size);
+    used_ = 0;
     return written.ok() && written.value() == size;
   }
 
  private:
-  static constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
+  static constexpr std::size_t kFlushSize = std::size_t{64} * 1024;
+
+  template <typename T>
+  void WriteInteger(T value) {
+    StoreLittleEndian(value, buffer_.get() + used_);
+    used_ += sizeof(T);
+  }
+
+  void WriteBytes(const void* bytes, std::size_t size) {
+    std::memcpy(buffer_.get() + used_, bytes, size);
+    used_ += size;
+  }
+
+  // With its length in front.
+  void WriteDigest(const DigestText& digest) {
+    WriteInteger(static_cast<std::uint32_t>(digest.size()));
+    digest.CopyTo(reinterpret_cast<char*>(buffer_.get()) + used_);
+    used_ += digest.size();
+  }
 
   const platform::FileHandle& file_;
-  std::vector<unsigned char> buffer_;
-  std::string digest_;
+  const std::unique_ptr<unsigned char[]> buffer_;
+  std::size_t used_ = 0;
 };
-
-void WriteEntry(CacheWriter& writer, const CacheEntry& entry) {
-  writer.WriteInteger(static_cast<std::uint32_t>(entry.key.size()));
-  writer.WriteText(entry.key);
-  writer.WriteInteger(entry.size);
-  writer.WriteInteger(entry.last_write);
-  writer.WriteInteger(entry.confirmed_time);
-  writer.WriteDigest(entry.sample);
-  writer.WriteDigest(entry.full_hash);
-}
 
 bool WriteEntries(const platform::FileHandle& file, const HashCache& cache, std::uint32_t* cancel) {
   CacheWriter writer(file);
   std::vector<HashCache::Index> order = cache.InKeyOrder();
   order.resize(std::min<std::size_t>(order.size(), kMaxEntries));
-  writer.WriteBytes(kCacheMagic);
-  writer.WriteInteger(static_cast<std::uint32_t>(order.size()));
+  writer.WriteHeader(static_cast<std::uint32_t>(order.size()));
   for (const HashCache::Index index : order) {
     if (IsCancelRequested(cancel)) {
       return false;
     }
-    WriteEntry(writer, cache[index]);
+    writer.WriteEntry(cache[index]);
     if (!writer.FlushWhenFull()) {
       return false;
     }

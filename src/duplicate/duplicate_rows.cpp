@@ -1,24 +1,29 @@
 #include "duplicate/duplicate_rows.h"
 
-#include "duplicate/sample.h"
 #include "scan/product_scan.h"
 
 namespace quastel::duplicate {
 namespace {
 
-std::string KeyOf(std::int64_t size, const DigestText& sample, const DigestText& full_hash) {
-  const std::string sample_key = SampleGroupKey(size, sample.Get());
-  return full_hash.empty() ? sample_key : HashGroupKey(sample_key, full_hash.Get());
+// As SampleGroupKey and HashGroupKey make it, in one text.
+void PutGroupKey(std::int64_t size, const DigestText& sample, const DigestText& full_hash,
+                 std::string& key) {
+  key = std::to_string(size);
+  for (const DigestText* part : {&sample, &full_hash}) {
+    if (!part->empty()) {
+      key += ' ';
+      part->AppendTo(key);
+    }
+  }
 }
 
 }  // namespace
 
 void DuplicateRows::AppendGroup(std::span<const SampledIndex> files, const DigestText& full_hash) {
   const SampledFile& first = sampled_[files[0]];
-  const std::string key =
-      KeyOf(candidates_[first.candidate].signed_size(), first.result, full_hash);
+  PutGroupKey(candidates_[first.candidate].signed_size(), first.result, full_hash, key_);
   candidates_.GetName(first.candidate, row_.title);
-  row_.location.assign(key.begin(), key.end());
+  row_.location.assign(key_.begin(), key_.end());
   row_.group_id = ++group_count_;
   row_.kind = RowKind::kDuplicate;
   row_.deletable = true;

@@ -33,7 +33,8 @@ class DuplicateRows {
   const CandidateList& candidates_;
   const SampledFiles& sampled_;
   std::uint64_t group_count_ = 0;
-  ReportRow row_;  // kept, with the room of its texts
+  ReportRow row_;  // kept, with the room of its texts, as is the key
+  std::string key_;
 };
 
 }  // namespace quastel::duplicate

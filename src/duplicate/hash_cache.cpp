@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "base/ascii.h"
+#include "base/common_prefix.h"
 #include "duplicate/hash_cache_format.h"
 #include "duplicate/xxhash32.h"
 #include "fs/path_rules.h"
@@ -14,18 +15,50 @@ namespace {
 
 constexpr std::size_t kSmallestTable = 64;
 
+// A search of the order costs as much as putting so many entries into a table.
+constexpr std::size_t kEntriesPerSearch = 16;
+
 }  // namespace
 
 HashCache::Index HashCache::Find(TextView key) {
-  if (table_.size() < entries_.size() * 2) {
-    BuildTable(entries_.size());
+  if (next_ < entries_.size() && IsSameText(entries_[next_].key, key)) {
+    return next_++;
   }
-  return table_.empty() ? kNone : table_[PlaceOf(key)];
+  const bool is_order_enough =
+      is_in_key_order_ && table_.empty() && searches_ * kEntriesPerSearch < entries_.size();
+  Index found = kNone;
+  if (is_order_enough) {
+    ++searches_;
+    found = SearchInOrder(key);
+  } else {
+    if (table_.size() < entries_.size() * 2) {
+      BuildTable(entries_.size());
+    }
+    found = table_.empty() ? kNone : table_[PlaceOf(key)];
+  }
+  if (found != kNone) {
+    next_ = found + 1;
+  }
+  return found;
+}
+
+HashCache::Index HashCache::SearchInOrder(TextView key) const {
+  Index begin = 0;
+  auto end = static_cast<Index>(entries_.size());
+  while (begin < end) {
+    const Index middle = begin + (end - begin) / 2;
+    if (ComesBefore(entries_[middle].key, key)) {
+      begin = middle + 1;
+    } else {
+      end = middle;
+    }
+  }
+  return begin < entries_.size() && IsSameText(entries_[begin].key, key) ? begin : kNone;
 }
 
 HashCache::Index HashCache::FindOrAdd(TextView key) {
   // A file is read in key order, where every key is a new one and no table is needed.
-  if (entries_.empty() || (is_in_key_order_ && entries_.back().key < key)) {
+  if (entries_.empty() || (is_in_key_order_ && ComesBefore(entries_.back().key, key))) {
     return Add(key);
   }
   const Index found = Find(key);
@@ -54,7 +87,7 @@ HashCache::Index HashCache::Add(TextView key) {
 std::size_t HashCache::PlaceOf(TextView key) const {
   const std::size_t mask = table_.size() - 1;
   std::size_t place = HashBytes(key.data(), key.size() * sizeof(Char)) & mask;
-  while (table_[place] != kNone && entries_[table_[place]].key != key) {
+  while (table_[place] != kNone && !IsSameText(entries_[table_[place]].key, key)) {
     place = (place + 1) & mask;
   }
   return place;
@@ -79,7 +112,7 @@ std::vector<HashCache::Index> HashCache::InKeyOrder() const {
   std::iota(order.begin(), order.end(), Index{0});
   if (!is_in_key_order_) {
     std::sort(order.begin(), order.end(),
-              [this](Index a, Index b) { return entries_[a].key < entries_[b].key; });
+              [this](Index a, Index b) { return ComesBefore(entries_[a].key, entries_[b].key); });
   }
   return order;
 }

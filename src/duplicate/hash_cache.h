@@ -28,8 +28,12 @@ struct CacheEntry {
   DigestText full_hash;  // empty when the file was never hashed in full
 };
 
-// The entries, found by their keys through a hash table of indexes. What their texts point to is
-// kept here, or by whoever put it in.
+// The entries, found by their keys. What their texts point to is kept here, or by whoever put it
+// in.
+//
+// A file holds the keys in their order, and a walk meets the files of a folder in nearly the same:
+// so the entry behind the last one that was found is tried first, and the order is searched for the
+// first of a folder. Where that does not do, there is a hash table of indexes.
 class HashCache {
  public:
   using Index = std::uint32_t;
@@ -52,12 +56,15 @@ class HashCache {
 
  private:
   Index Add(TextView key);
+  Index SearchInOrder(TextView key) const;
   std::size_t PlaceOf(TextView key) const;
   void BuildTable(std::size_t size);
 
   BlockList<CacheEntry> entries_;
   bool is_in_key_order_ = true;
-  std::vector<Index> table_;  // open addressing; made when something is looked for
+  Index next_ = 0;            // behind the entry that was found last
+  std::size_t searches_ = 0;  // for keys that were not the next one
+  std::vector<Index> table_;  // open addressing; made when there were too many searches
   Arena texts_;
 };
 

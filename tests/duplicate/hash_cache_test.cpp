@@ -73,6 +73,44 @@ TEST(HashCache, Finds_each_of_many_keys_in_whatever_order_they_came) {
   }
 }
 
+// As a scan looks them up: folder by folder, in order within each, with new files in between. So
+// few searches need no table, and so many do.
+TEST(HashCache, Finds_keys_of_a_file_in_the_order_of_a_walk) {
+  for (const int in_folder : {1, 2, 50}) {
+    SCOPED_TRACE(in_folder);
+    HashCache cache;
+    for (int number = 0; number < 1000; ++number) {
+      cache.FindOrAdd(Wide(std::to_string(10'000 + number)));
+    }
+    for (int folder = 1000 / in_folder - 1; folder >= 0; --folder) {
+      for (int i = 0; i < in_folder; ++i) {
+        const int number = folder * in_folder + i;
+        const std::string key = std::to_string(10'000 + number);
+        ASSERT_EQ(cache.Find(Wide(key)), static_cast<HashCache::Index>(number));
+        if (number % 7 == 0) {
+          ASSERT_EQ(cache.Find(Wide(key + "-new")), HashCache::kNone);
+        }
+      }
+    }
+    EXPECT_EQ(cache.Find(u"0"), HashCache::kNone) << "before the first";
+    EXPECT_EQ(cache.Find(u"99999"), HashCache::kNone) << "behind the last";
+  }
+}
+
+TEST(HashCache, Finds_keys_that_came_behind_a_search_of_the_order) {
+  HashCache cache;
+  for (int number = 0; number < 100; ++number) {
+    cache.FindOrAdd(Wide(std::to_string(10'000 + number)));
+  }
+  EXPECT_EQ(cache.Find(u"10050"), 50u);
+  EXPECT_EQ(cache.FindOrAdd(u"10050-new"), 100u) << "out of order";
+  EXPECT_EQ(cache.FindOrAdd(u"90000"), 101u);
+  EXPECT_EQ(cache.Find(u"10050-new"), 100u);
+  EXPECT_EQ(cache.Find(u"90000"), 101u);
+  EXPECT_EQ(cache.Find(u"10051"), 51u);
+  EXPECT_EQ(cache.FindOrAdd(u"10099"), 99u);
+}
+
 // In key order nothing is looked for, and the table that an earlier search made has to grow.
 TEST(HashCache, Takes_many_keys_in_order_behind_a_search) {
   HashCache cache;

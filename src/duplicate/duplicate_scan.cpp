@@ -17,6 +17,7 @@
 #include "duplicate/hash_cache.h"
 #include "duplicate/hash_text.h"
 #include "duplicate/known_files.h"
+#include "duplicate/number_sort.h"
 #include "duplicate/sample_order.h"
 #include "duplicate/sampled_file.h"
 #include "duplicate/storage_kind.h"
@@ -134,22 +135,21 @@ class DuplicateScan {
 
   // Keeps the files whose size another one has: nothing else is ever opened.
   qs_status GroupBySize() {
-    using SizeAndIndex = std::pair<std::uint64_t, CandidateIndex>;
-    std::vector<SizeAndIndex> by_size;
+    std::vector<NumberedEntry> by_size;
     by_size.reserve(candidates_.size());
     for (CandidateIndex i = 0; i < candidates_.size(); ++i) {
       if (scan_.IsCancelled()) {
         return QS_CANCELLED;
       }
-      by_size.emplace_back(candidates_[i].size, i);
+      by_size.push_back({candidates_[i].size, i});
     }
-    std::sort(by_size.begin(), by_size.end());
-    const auto same_size = [](const SizeAndIndex& a, const SizeAndIndex& b) {
-      return a.first == b.first;
+    SortByNumber(by_size);
+    const auto same_size = [](const NumberedEntry& a, const NumberedEntry& b) {
+      return a.number == b.number;
     };
     // Those that are alone leave the array first, so that what stays is made as large as it gets.
     auto end = by_size.begin();
-    ForEachRun(std::span(by_size), same_size, [&end](std::span<SizeAndIndex> run) {
+    ForEachRun(std::span(by_size), same_size, [&end](std::span<NumberedEntry> run) {
       if (run.size() > 1) {
         end = std::copy(run.begin(), run.end(), end);
       }
@@ -157,11 +157,12 @@ class DuplicateScan {
     });
     by_size.erase(end, by_size.end());
     sampled_.resize(by_size.size());
-    std::transform(by_size.begin(), by_size.end(), sampled_.begin(), [](const SizeAndIndex& entry) {
-      SampledFile file;
-      file.candidate = entry.second;
-      return file;
-    });
+    std::transform(by_size.begin(), by_size.end(), sampled_.begin(),
+                   [](const NumberedEntry& entry) {
+                     SampledFile file;
+                     file.candidate = entry.index;
+                     return file;
+                   });
     return QS_OK;
   }
 

@@ -17,6 +17,7 @@ quastel_host_test(duplicate_unit_tests
   duplicate/hash_cache_writer_test.cpp
   duplicate/hash_exports_test.cpp
   duplicate/hash_text_test.cpp
+  duplicate/number_sort_test.cpp
   duplicate/open_record.cpp
   duplicate/sample_order_test.cpp
   duplicate/sample_test.cpp

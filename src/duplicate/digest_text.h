@@ -29,6 +29,10 @@ class DigestText {
   bool empty() const { return form_ == Form::kText && length_ == 0; }
   std::size_t size() const;
 
+  // Whether it is one hash, and a number that orders as the hashes do.
+  bool is_hash() const { return form_ == Form::kHash; }
+  std::uint32_t hash_number() const { return head_number(); }
+
   // Whether there is a "|" in the text, and what stands before the first.
   bool has_tail() const;
   DigestText head() const noexcept;

@@ -20,6 +20,7 @@
 #include "duplicate/number_sort.h"
 #include "duplicate/sample_order.h"
 #include "duplicate/sampled_file.h"
+#include "duplicate/shared_heads.h"
 #include "duplicate/storage_kind.h"
 #include "duplicate/worker_pool.h"
 #include "fs/enumeration.h"
@@ -220,30 +221,13 @@ class DuplicateScan {
   }
 
   std::vector<TailItem> ListTailItems() const {
-    using HeadAndFile = std::pair<DigestText, SampledIndex>;
-    std::vector<HeadAndFile> by_head;
-    by_head.reserve(sampled_.size());
-    for (SampledIndex i = 0; i < sampled_.size(); ++i) {
-      if (!sampled_[i].result.empty()) {
-        by_head.emplace_back(sampled_[i].result.head(), i);
-      }
+    const std::vector<SampledIndex> files = FindSharedHeads(candidates_, sampled_);
+    std::vector<TailItem> items(files.size());
+    for (std::size_t i = 0; i < files.size(); ++i) {
+      const DigestText& sample = sampled_[files[i]].result;
+      items[i].file = files[i];
+      items[i].result = sample.has_tail() ? sample : DigestText();
     }
-    std::sort(by_head.begin(), by_head.end());
-    std::vector<TailItem> items;
-    const auto same_head = [](const HeadAndFile& a, const HeadAndFile& b) {
-      return a.first == b.first;
-    };
-    ForEachRun(std::span(by_head), same_head, [&](std::span<HeadAndFile> run) {
-      if (run.size() > 1 && CandidateOf(sampled_[run[0].second]).size > kSmallFile) {
-        for (const HeadAndFile& entry : run) {
-          const DigestText& sample = sampled_[entry.second].result;
-          TailItem& item = items.emplace_back();
-          item.file = entry.second;
-          item.result = sample.has_tail() ? sample : DigestText();
-        }
-      }
-      return true;
-    });
     return items;
   }
 

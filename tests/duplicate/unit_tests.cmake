@@ -20,6 +20,7 @@ quastel_host_test(duplicate_unit_tests
   duplicate/number_sort_test.cpp
   duplicate/open_record.cpp
   duplicate/sample_order_test.cpp
+  duplicate/shared_heads_test.cpp
   duplicate/sample_test.cpp
   duplicate/scan_include_test.cpp
   duplicate/short_transfers.cpp

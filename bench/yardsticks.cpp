@@ -60,10 +60,19 @@ std::vector<File> ListFiles(const std::wstring& root) {
   return files;
 }
 
-// One open, one read for each block of 1 MiB, one close. With hashes, since a stage needs them.
-std::uint64_t ReadPiece(const File& file, std::uint64_t offset, std::uint64_t length, bool hash,
-                        Counts& counts) {
+std::uint64_t HashOf(const char* bytes, DWORD size) {
+  char text[9] = {};
+  (void)qs_xxhash32_hex(bytes, size, text, sizeof(text));
+  return std::stoul(text, nullptr, 16);
+}
+
+char* Buffer() {
   static std::vector<char> buffer(kReadSize);
+  return buffer.data();
+}
+
+// One open, one read of a block at either end, one close. With its hash, since a stage needs it.
+std::uint64_t ReadBlock(const File& file, std::uint64_t offset, Counts& counts) {
   const HANDLE handle = CreateFileW(file.path.c_str(), GENERIC_READ, 7, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
   ++counts.opens;
@@ -75,19 +84,28 @@ std::uint64_t ReadPiece(const File& file, std::uint64_t offset, std::uint64_t le
     position.QuadPart = static_cast<LONGLONG>(offset);
     SetFilePointerEx(handle, position, nullptr, FILE_BEGIN);
   }
+  DWORD read = 0;
+  ReadFile(handle, Buffer(), static_cast<DWORD>(std::min(file.size, kBlock)), &read, nullptr);
+  counts.bytes += read;
+  CloseHandle(handle);
+  return HashOf(Buffer(), read);
+}
+
+// One open, reads of 1 MiB until one finds the end, one close: what a file holds now is what
+// counts, not the size that it was listed with. With hashes where a stage needs them.
+std::uint64_t ReadWhole(const File& file, bool hash, Counts& counts) {
+  const HANDLE handle = CreateFileW(file.path.c_str(), GENERIC_READ, 7, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+  ++counts.opens;
+  if (handle == INVALID_HANDLE_VALUE) {
+    return 0;
+  }
   std::uint64_t key = 0;
-  for (std::uint64_t left = length; left > 0;) {
-    DWORD read = 0;
-    const auto wanted = static_cast<DWORD>(std::min<std::uint64_t>(left, kReadSize));
-    if (!ReadFile(handle, buffer.data(), wanted, &read, nullptr) || read == 0) {
-      break;
-    }
+  DWORD read = 0;
+  while (ReadFile(handle, Buffer(), kReadSize, &read, nullptr) && read > 0) {
     counts.bytes += read;
-    left -= read;
     if (hash) {
-      char text[9] = {};
-      (void)qs_xxhash32_hex(buffer.data(), read, text, sizeof(text));
-      key = key * 31 + std::stoul(text, nullptr, 16);
+      key = key * 31 + HashOf(Buffer(), read);
     }
   }
   CloseHandle(handle);
@@ -137,18 +155,18 @@ Counts ThreeStages(const std::wstring& root) {
   counts.files = files.size();
   KeepEqual(files);
   for (File& file : files) {
-    file.key = ReadPiece(file, 0, std::min(file.size, kBlock), true, counts);
+    file.key = ReadBlock(file, 0, counts);
   }
   KeepEqual(files);
   std::erase_if(files, [](const File& file) { return file.size <= kSmall; });
   for (File& file : files) {
     if (file.size > kBlock) {
-      file.key = file.key * 31 + ReadPiece(file, file.size - kBlock, kBlock, true, counts);
+      file.key = file.key * 31 + ReadBlock(file, file.size - kBlock, counts);
     }
   }
   KeepEqual(files);
   for (File& file : files) {
-    file.key = ReadPiece(file, 0, file.size, true, counts);
+    file.key = ReadWhole(file, true, counts);
   }
   KeepEqual(files);
   return counts;
@@ -159,7 +177,7 @@ Counts ReadBytes(const std::wstring& root) {
   const std::vector<File> files = ListFiles(root);
   counts.files = files.size();
   for (const File& file : files) {
-    (void)ReadPiece(file, 0, file.size, false, counts);
+    (void)ReadWhole(file, false, counts);
   }
   return counts;
 }

@@ -20,6 +20,7 @@ Counts BareLoop(const std::wstring& root);
 
 // The listing, and one open and read for each stage that a file enters: the head of each that
 // shares its size, the tail of each that shares its head too, the whole of each that shares both.
+// The whole is read in blocks of 1 MiB until a read finds the end.
 Counts ThreeStages(const std::wstring& root);
 
 // All bytes of all files, in blocks of 1 MiB.

@@ -1,7 +1,6 @@
 # Tests of the command-line client: its text rules by themselves, and the program from end to end.
 
 set(client_tests ${CMAKE_CURRENT_LIST_DIR})
-set(client_sources ${PROJECT_SOURCE_DIR}/apps/quastel)
 quastel_windows_test(client_unit_tests
   ${client_tests}/byte_size_test.cpp
   ${client_tests}/category_words_test.cpp
@@ -25,55 +24,14 @@ quastel_windows_test(client_unit_tests
   ${client_tests}/text_positions_test.cpp
   ${client_tests}/time_text_test.cpp
   ${client_tests}/wrap_help_test.cpp
-  ${client_sources}/byte_size.cpp
-  ${client_sources}/category_words.cpp
-  ${client_sources}/console.cpp
-  ${client_sources}/display_text.cpp
-  ${client_sources}/duplicate_report.cpp
-  ${client_sources}/duplicate_stage.cpp
-  ${client_sources}/empty_folders.cpp
-  ${client_sources}/full_path.cpp
-  ${client_sources}/hash_digits.cpp
-  ${client_sources}/html_page.cpp
-  ${client_sources}/interrupt.cpp
-  ${client_sources}/json_writer.cpp
-  ${client_sources}/junk_report.cpp
-  ${client_sources}/name_order.cpp
-  ${client_sources}/nearest_word.cpp
-  ${client_sources}/new_file.cpp
-  ${client_sources}/own_walk.cpp
-  ${client_sources}/path_complaint.cpp
-  ${client_sources}/path_text.cpp
-  ${client_sources}/product_scan.cpp
-  ${client_sources}/progress_line.cpp
-  ${client_sources}/protected_folders.cpp
-  ${client_sources}/report.cpp
-  ${client_sources}/report_json.cpp
-  ${client_sources}/rule_document.cpp
-  ${client_sources}/rule_folders.cpp
-  ${client_sources}/rule_reader.cpp
-  ${client_sources}/rule_review.cpp
-  ${client_sources}/rule_text.cpp
-  ${client_sources}/rule_vocabulary.cpp
-  ${client_sources}/rule_warnings.cpp
-  ${client_sources}/scan_options.cpp
-  ${client_sources}/scan_roots.cpp
-  ${client_sources}/script_json.cpp
-  ${client_sources}/status_text.cpp
-  ${client_sources}/text.cpp
-  ${client_sources}/text_positions.cpp
-  ${client_sources}/time_text.cpp
-  ${client_sources}/work_thread.cpp
-  ${client_sources}/wrap_help.cpp
 )
-target_include_directories(client_unit_tests PRIVATE ${client_sources})
-target_include_directories(client_unit_tests SYSTEM PRIVATE ${CMAKE_BINARY_DIR}/client_headers)
 target_compile_definitions(client_unit_tests PRIVATE
-  QUASTEL_CLIENT_VERSION="${PROJECT_VERSION}"
   QUASTEL_RULES_FOLDER="${PROJECT_SOURCE_DIR}/rules"
-  QUASTEL_RULE_SEEDS="${PROJECT_SOURCE_DIR}/tests/fuzz/corpus/rule_document"
-  UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00)
-target_link_libraries(client_unit_tests PRIVATE quastel_core)
+  QUASTEL_RULE_SEEDS="${PROJECT_SOURCE_DIR}/tests/fuzz/corpus/rule_document")
+target_link_libraries(client_unit_tests PRIVATE quastel_client)
+# Reading these headers is most of the work of compiling a small test: it is done once.
+target_precompile_headers(client_unit_tests PRIVATE
+  <gtest/gtest.h> <nlohmann/json.hpp> <algorithm> <optional> <string> <vector>)
 
 if(CMAKE_CROSSCOMPILING)
   add_test(NAME client

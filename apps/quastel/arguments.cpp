@@ -90,6 +90,13 @@ void CheckCommand(const CLI::App& app, const std::string& word) {
   throw UserError(ExitCode::kUsage, error.what(), HelpHint(command));
 }
 
+void AddFooters(CLI::App& app) {
+  app.footer(HelpFooter(app.get_name()));
+  for (CLI::App* command : app.get_subcommands([](CLI::App*) { return true; })) {
+    AddFooters(*command);
+  }
+}
+
 Action PrintVersion() {
   return [](Console& console) {
     console.out.Write(VersionText() + "\n");
@@ -140,7 +147,7 @@ Action ParseArguments(const std::vector<std::wstring>& arguments) {
   AddHashCommand(app, action);
   AddRulesCommand(app, action);
   AddVersionCommand(app, action);
-  AddExamples(app);
+  AddFooters(app);
 
   if (arguments.empty()) {
     return PrintHelp(app.help(), ExitCode::kUsage);

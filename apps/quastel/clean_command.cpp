@@ -6,6 +6,7 @@
 
 #include "clean.h"
 #include "clean_options.h"
+#include "command_options.h"
 #include "full_path.h"
 #include "saved_report.h"
 #include "text.h"
@@ -31,17 +32,15 @@ ExitCode RunCleanCommand(const Arguments& arguments, Console& console) {
 }  // namespace
 
 void AddCleanCommand(CLI::App& app, Action& action) {
-  CLI::App* command = app.add_subcommand(
-      "clean", "Remove the files of a saved report, as far as they have not changed since");
-  const auto arguments = std::make_shared<Arguments>(*command);
-  command
-      ->add_option("--from", arguments->report,
-                   "A report of large, duplicates or junk, written by --json; take out the rows of "
-                   "what is to stay")
-      ->type_name("REPORT.json")
-      ->required();
-  command->add_flag("--json", arguments->json, "Write one JSON object instead of a table");
-  command->callback([arguments, &action] {
+  CLI::App& command = AddCommand(
+      app, "clean", "Remove the files of a saved report, as far as they have not changed since");
+  const auto arguments = std::make_shared<Arguments>(command);
+  AddOption(command, "--from", arguments->report, "REPORT.json",
+            "A report of large, duplicates or junk, written by --json; take out the rows of what "
+            "is to stay")
+      .Required();
+  AddFlag(command, "--json", arguments->json, "Write one JSON object instead of a table");
+  OnCall(command, [arguments, &action] {
     action = [arguments](Console& console) { return RunCleanCommand(*arguments, console); };
   });
 }

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "command_options.h"
 #include "full_path.h"
 #include "path_text.h"
 #include "text.h"
@@ -49,40 +50,36 @@ const char* KeepRuleName(KeepRule rule) {
 
 CleanOptionParser::CleanOptionParser(CLI::App& command, CleanSubject subject) : subject_(subject) {
   const bool any = subject == CleanSubject::kAnyReport;
-  CLI::Option* clean = nullptr;
+  std::optional<CommandOption> clean;
   if (!any) {
-    clean = command.add_flag("--clean", clean_, "Remove what was found, after a question")
-                ->group("Cleaning");
+    clean = AddFlag(command, "--clean", clean_, "Remove what was found, after a question")
+                .InGroup("Cleaning");
   }
-  const auto add = [&](CLI::Option* option) {
-    option->group("Cleaning");
-    if (clean != nullptr) {
-      option->needs(clean);
-    }
-    return option;
+  const auto cleaning = [&clean](CommandOption option) {
+    option.InGroup("Cleaning");
+    return clean ? option.Needs(*clean) : option;
   };
-  CLI::Option* permanent = add(command.add_flag("--permanent", permanent_, "Delete for good"));
-  add(command.add_flag("--recycle", recycle_, "Move to the Recycle Bin"))->excludes(permanent);
-  add(command.add_flag("--dry-run", dry_run_, "Say what would happen and change nothing at all"));
-  add(command.add_flag("--yes", yes_, "Do not ask"));
+  const CommandOption permanent =
+      cleaning(AddFlag(command, "--permanent", permanent_, "Delete for good"));
+  cleaning(AddFlag(command, "--recycle", recycle_, "Move to the Recycle Bin")).Excludes(permanent);
+  cleaning(
+      AddFlag(command, "--dry-run", dry_run_, "Say what would happen and change nothing at all"));
+  cleaning(AddFlag(command, "--yes", yes_, "Do not ask"));
   if (any || subject == CleanSubject::kDuplicates) {
-    add(command.add_option("--keep", keep_,
-                           "Duplicates: the copy of each group that stays: first (in the report), "
-                           "newest, oldest or shortest-path"))
-        ->type_name("RULE")
-        ->check(CLI::IsMember(KeepRuleNames()).description(""));
-    add(command.add_option("--keep-under", keep_under_,
-                           "Duplicates: the copies below this folder stay; a group without one is "
-                           "left to --keep, or left alone"))
-        ->type_name("DIR");
-    add(command.add_flag("--no-verify", no_verify_,
-                         "Duplicates: trust the hashes instead of comparing every byte with the "
-                         "copy that stays"));
+    cleaning(AddOption(command, "--keep", keep_, "RULE",
+                       "Duplicates: the copy of each group that stays: first (in the report), "
+                       "newest, oldest or shortest-path"))
+        .OneOf(KeepRuleNames());
+    cleaning(AddOption(command, "--keep-under", keep_under_, "DIR",
+                       "Duplicates: the copies below this folder stay; a group without one is "
+                       "left to --keep, or left alone"));
+    cleaning(AddFlag(command, "--no-verify", no_verify_,
+                     "Duplicates: trust the hashes instead of comparing every byte with the "
+                     "copy that stays"));
   }
   if (any || subject == CleanSubject::kJunk) {
-    add(command.add_flag("--all", all_,
-                         "Junk: also the files that are not selected, such as "
-                         "downloads"));
+    cleaning(AddFlag(command, "--all", all_,
+                     "Junk: also the files that are not selected, such as downloads"));
   }
 }
 

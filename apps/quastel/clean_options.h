@@ -1,11 +1,14 @@
 #ifndef QUASTEL_APPS_QUASTEL_CLEAN_OPTIONS_H_
 #define QUASTEL_APPS_QUASTEL_CLEAN_OPTIONS_H_
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 
 #include "clean_plan.h"
+
+namespace CLI {
+class App;
+}  // namespace CLI
 
 namespace quastel::client {
 

@@ -6,6 +6,10 @@
 #include "console.h"
 #include "exit_codes.h"
 
+namespace CLI {
+class App;
+}  // namespace CLI
+
 namespace quastel::client {
 
 // What the arguments ask for. Each command adds itself to the parser and, when it is the one that

@@ -7,6 +7,7 @@
 
 #include "byte_size.h"
 #include "clean_options.h"
+#include "command_options.h"
 #include "duplicate_report.h"
 #include "duplicate_stage.h"
 #include "duplicate_table.h"
@@ -33,23 +34,21 @@ ExitCode RunDuplicates(const ScanOptions& options, Console& console) {
 }  // namespace
 
 void AddDuplicatesCommand(CLI::App& app, Action& action) {
-  CLI::App* command =
-      app.add_subcommand("duplicates", "List the groups of files that have the same content");
+  CLI::App& command =
+      AddCommand(app, "duplicates", "List the groups of files that have the same content");
   const auto options = std::make_shared<ScanOptionParser>(
-      *command,
+      command,
       ScanWords{{SortKey::kReclaimable, SortKey::kSize, SortKey::kCount, SortKey::kPath},
                 "reclaimable (most space first), size (largest file first), count (most copies "
                 "first) or path",
                 "groups"});
   const auto min_size = std::make_shared<std::string>();
-  command
-      ->add_option("--min-size", *min_size,
-                   "List only groups of files of at least this size; the scan and its totals stay "
-                   "the same")
-      ->type_name("SIZE")
-      ->check(CLI::Validator(CheckSize, ""));
-  const auto clean = std::make_shared<CleanOptionParser>(*command, CleanSubject::kDuplicates);
-  command->callback([options, min_size, clean, &action] {
+  AddOption(command, "--min-size", *min_size, "SIZE",
+            "List only groups of files of at least this size; the scan and its totals stay the "
+            "same")
+      .Check(CheckSize);
+  const auto clean = std::make_shared<CleanOptionParser>(command, CleanSubject::kDuplicates);
+  OnCall(command, [options, min_size, clean, &action] {
     ScanOptions read = options->Read();
     read.clean = clean->Read();
     if (!min_size->empty()) {

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "command_options.h"
 #include "empty_report.h"
 #include "html_report.h"
 #include "interrupt.h"
@@ -52,10 +53,10 @@ ExitCode RunEmpty(const ScanOptions& options, Console& console) {
 }  // namespace
 
 void AddEmptyCommand(CLI::App& app, Action& action) {
-  CLI::App* command =
-      app.add_subcommand("empty", "List the outermost folders that hold no file at any depth");
-  const auto options = std::make_shared<ScanOptionParser>(*command, ScanWords{{}, "", "rows"});
-  command->callback([options, &action] {
+  CLI::App& command =
+      AddCommand(app, "empty", "List the outermost folders that hold no file at any depth");
+  const auto options = std::make_shared<ScanOptionParser>(command, ScanWords{{}, "", "rows"});
+  OnCall(command, [options, &action] {
     action = [read = options->Read()](Console& console) { return RunEmpty(read, console); };
   });
 }

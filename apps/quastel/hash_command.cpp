@@ -5,6 +5,7 @@
 #include <memory>
 #include <utility>
 
+#include "command_options.h"
 #include "file_hashes.h"
 #include "hash_digits.h"
 #include "interrupt.h"
@@ -133,15 +134,15 @@ ExitCode RunHash(const HashOptions& options, Console& console) {
 }  // namespace
 
 void AddHashCommand(CLI::App& app, Action& action) {
-  CLI::App* command =
-      app.add_subcommand("hash", "Print the hash of each file's whole content (XXH32, seed 0)");
+  CLI::App& command =
+      AddCommand(app, "hash", "Print the hash of each file's whole content (XXH32, seed 0)");
   const auto options = std::make_shared<HashOptions>();
-  command->add_option("FILE", options->files, "Files to hash")->type_name("")->required();
-  command->add_flag("--standard", options->standard,
-                    "Print the most significant byte first, as most tools do; the library and its "
-                    "cache write the least significant one first");
-  command->add_flag("--json", options->json, "Write one JSON object, which has both orders");
-  command->callback([options, &action] {
+  AddOption(command, "FILE", options->files, "", "Files to hash").Required();
+  AddFlag(command, "--standard", options->standard,
+          "Print the most significant byte first, as most tools do; the library and its "
+          "cache write the least significant one first");
+  AddFlag(command, "--json", options->json, "Write one JSON object, which has both orders");
+  OnCall(command, [options, &action] {
     action = [options](Console& console) { return RunHash(*options, console); };
   });
 }

@@ -1,8 +1,6 @@
 #include "help_examples.h"
 
 #include <array>
-#include <string>
-#include <string_view>
 #include <utility>
 
 namespace quastel::client {
@@ -11,19 +9,18 @@ namespace {
 constexpr const char* kExitCodes =
     "\nExit codes: 0 done, 1 error, 2 usage, 3 done but some rows failed, 5 cancelled.";
 
-constexpr const char* kOverview =
-    "  quastel large D:\\ --top 20\n"
-    "  quastel large C:\\Users --json > large.json\n"
-    "  quastel large C:\\Users --html large.html\n"
-    "  quastel duplicates D:\\photos E:\\photos --min-size 1M\n"
-    "  quastel junk --category \"Temporary files\" --top 20\n"
-    "  quastel junk --html junk.html\n"
-    "  quastel empty C:\\Users\n"
-    "  quastel duplicates D:\\photos --clean --recycle --keep oldest --dry-run\n"
-    "  quastel clean --from large.json --permanent\n";
-
 // Command -> what stands below "Examples:". The first of each is the plainest.
-constexpr std::array<std::pair<std::string_view, const char*>, 10> kExamples = {{
+constexpr std::array<std::pair<std::string_view, const char*>, 11> kExamples = {{
+    {"quastel",
+     "  quastel large D:\\ --top 20\n"
+     "  quastel large C:\\Users --json > large.json\n"
+     "  quastel large C:\\Users --html large.html\n"
+     "  quastel duplicates D:\\photos E:\\photos --min-size 1M\n"
+     "  quastel junk --category \"Temporary files\" --top 20\n"
+     "  quastel junk --html junk.html\n"
+     "  quastel empty C:\\Users\n"
+     "  quastel duplicates D:\\photos --clean --recycle --keep oldest --dry-run\n"
+     "  quastel clean --from large.json --permanent\n"},
     {"large",
      "  quastel large D:\\ --top 20\n"
      "  quastel large C:\\Users --sort modified --html large.html\n"
@@ -68,24 +65,15 @@ constexpr std::array<std::pair<std::string_view, const char*>, 10> kExamples = {
      "  quastel version --json\n"},
 }};
 
-std::string Footer(std::string_view examples) {
-  return std::string("Examples:\n").append(examples).append(kExitCodes);
-}
-
 }  // namespace
 
-void AddExamples(CLI::App& app) {
-  if (app.get_parent() == nullptr) {
-    app.footer(Footer(kOverview));
-  }
-  for (CLI::App* command : app.get_subcommands([](CLI::App*) { return true; })) {
-    for (const auto& [name, examples] : kExamples) {
-      if (command->get_name() == name) {
-        command->footer(Footer(examples));
-      }
+std::string HelpFooter(std::string_view command) {
+  for (const auto& [name, examples] : kExamples) {
+    if (command == name) {
+      return std::string("Examples:\n").append(examples).append(kExitCodes);
     }
-    AddExamples(*command);
   }
+  return {};
 }
 
 }  // namespace quastel::client

@@ -1,13 +1,14 @@
 #ifndef QUASTEL_APPS_QUASTEL_HELP_EXAMPLES_H_
 #define QUASTEL_APPS_QUASTEL_HELP_EXAMPLES_H_
 
-#include <CLI/CLI.hpp>
+#include <string>
+#include <string_view>
 
 namespace quastel::client {
 
-// Lets the help of the program and of each of its commands end in examples of its own and in what
-// the exit codes mean.
-void AddExamples(CLI::App& app);
+// What the help of a command ends in: examples of its own, and what the exit codes mean. The whole
+// program is the command "quastel". Empty for a command without examples.
+std::string HelpFooter(std::string_view command);
 
 }  // namespace quastel::client
 

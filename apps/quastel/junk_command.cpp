@@ -9,6 +9,7 @@
 
 #include "category_words.h"
 #include "clean_options.h"
+#include "command_options.h"
 #include "full_path.h"
 #include "junk_report.h"
 #include "junk_table.h"
@@ -77,29 +78,24 @@ ExitCode RunJunk(const ScanOptions& options, Console& console) {
 }  // namespace
 
 void AddJunkCommand(CLI::App& app, Action& action) {
-  CLI::App* command =
-      app.add_subcommand("junk", "List the files in the folders that a rule document names");
+  CLI::App& command =
+      AddCommand(app, "junk", "List the files in the folders that a rule document names");
   const auto options = std::make_shared<ScanOptionParser>(
-      *command, ScanWords{{SortKey::kSize, SortKey::kPath, SortKey::kModified, SortKey::kCategory,
-                           SortKey::kName},
-                          "size (largest first), modified (newest first), path, category or name",
-                          "files",
-                          false});
+      command, ScanWords{{SortKey::kSize, SortKey::kPath, SortKey::kModified, SortKey::kCategory,
+                          SortKey::kName},
+                         "size (largest first), modified (newest first), path, category or name",
+                         "files",
+                         false});
   const auto junk = std::make_shared<JunkOptions>();
-  command
-      ->add_option("--rules", junk->rules,
-                   "The rule document, instead of the standard one that comes with the program")
-      ->type_name("FILE");
-  command
-      ->add_option("--category", junk->category,
-                   "List this category alone; the scan and its totals stay the same")
-      ->type_name("NAME");
-  command->add_flag(
-      "--files", junk->list_files,
-      "List the files in the table too; --top does as well, and the JSON always does");
-  AddRuleFolderOptions(*command, junk->folders);
-  const auto clean = std::make_shared<CleanOptionParser>(*command, CleanSubject::kJunk);
-  command->callback([options, junk, clean, &action] {
+  AddOption(command, "--rules", junk->rules, "FILE",
+            "The rule document, instead of the standard one that comes with the program");
+  AddOption(command, "--category", junk->category, "NAME",
+            "List this category alone; the scan and its totals stay the same");
+  AddFlag(command, "--files", junk->list_files,
+          "List the files in the table too; --top does as well, and the JSON always does");
+  AddRuleFolderOptions(command, junk->folders);
+  const auto clean = std::make_shared<CleanOptionParser>(command, CleanSubject::kJunk);
+  OnCall(command, [options, junk, clean, &action] {
     ScanOptions read = options->Read();
     read.clean = clean->Read();
     read.junk = *junk;

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "clean_options.h"
+#include "command_options.h"
 #include "large_report.h"
 #include "large_table.h"
 #include "scan_command.h"
@@ -30,14 +31,14 @@ ExitCode RunLarge(const ScanOptions& options, Console& console) {
 }  // namespace
 
 void AddLargeCommand(CLI::App& app, Action& action) {
-  CLI::App* command = app.add_subcommand("large", "List the files above 10 MiB, by category");
+  CLI::App& command = AddCommand(app, "large", "List the files above 10 MiB, by category");
   const auto options = std::make_shared<ScanOptionParser>(
-      *command, ScanWords{{SortKey::kSize, SortKey::kPath, SortKey::kModified, SortKey::kCategory,
-                           SortKey::kName},
-                          "size (largest first), modified (newest first), path, category or name",
-                          "rows"});
-  const auto clean = std::make_shared<CleanOptionParser>(*command, CleanSubject::kFiles);
-  command->callback([options, clean, &action] {
+      command, ScanWords{{SortKey::kSize, SortKey::kPath, SortKey::kModified, SortKey::kCategory,
+                          SortKey::kName},
+                         "size (largest first), modified (newest first), path, category or name",
+                         "rows"});
+  const auto clean = std::make_shared<CleanOptionParser>(command, CleanSubject::kFiles);
+  OnCall(command, [options, clean, &action] {
     ScanOptions read = options->Read();
     read.clean = clean->Read();
     action = [read](Console& console) { return RunLarge(read, console); };

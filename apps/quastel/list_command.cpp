@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "command_options.h"
 #include "display_text.h"
 #include "file_session.h"
 #include "html_report.h"
@@ -194,19 +195,17 @@ ExitCode RunList(const ListOptions& options, Console& console) {
 
 struct Arguments {
   explicit Arguments(CLI::App& command) : scan(command, ScanWords{{}, "", "rows", true, false}) {
-    CLI::Option* large = command.add_flag("--large", large_files, "Only files above 10 MiB");
-    command.add_flag("--inspect", inspect, "Look only: a clean of this list is refused")
-        ->excludes(large);
-    CLI::Option* clean =
-        command
-            .add_option("--clean", indexes,
-                        "Delete the files of these rows, counted from 0, up to the first that "
-                        "cannot be deleted; after a question that names them")
-            ->type_name("INDEX,...")
-            ->delimiter(',')
-            ->group("Cleaning");
-    command.add_flag("--permanent", permanent, "Delete for good")->needs(clean)->group("Cleaning");
-    command.add_flag("--yes", yes, "Do not ask")->needs(clean)->group("Cleaning");
+    const CommandOption large = AddFlag(command, "--large", large_files, "Only files above 10 MiB");
+    AddFlag(command, "--inspect", inspect, "Look only: a clean of this list is refused")
+        .Excludes(large);
+    const CommandOption clean =
+        AddOption(command, "--clean", indexes, "INDEX,...",
+                  "Delete the files of these rows, counted from 0, up to the first that cannot be "
+                  "deleted; after a question that names them")
+            .SplitAt(',')
+            .InGroup("Cleaning");
+    AddFlag(command, "--permanent", permanent, "Delete for good").Needs(clean).InGroup("Cleaning");
+    AddFlag(command, "--yes", yes, "Do not ask").Needs(clean).InGroup("Cleaning");
   }
 
   ListOptions Read() const {
@@ -243,10 +242,10 @@ struct Arguments {
 }  // namespace
 
 void AddListCommand(CLI::App& app, Action& action) {
-  CLI::App* command =
-      app.add_subcommand("list", "List all files in the order found, with their indexes");
-  const auto arguments = std::make_shared<Arguments>(*command);
-  command->callback([arguments, &action] {
+  CLI::App& command =
+      AddCommand(app, "list", "List all files in the order found, with their indexes");
+  const auto arguments = std::make_shared<Arguments>(command);
+  OnCall(command, [arguments, &action] {
     action = [options = arguments->Read()](Console& console) { return RunList(options, console); };
   });
 }

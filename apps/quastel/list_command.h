@@ -1,8 +1,6 @@
 #ifndef QUASTEL_APPS_QUASTEL_LIST_COMMAND_H_
 #define QUASTEL_APPS_QUASTEL_LIST_COMMAND_H_
 
-#include <CLI/CLI.hpp>
-
 #include "command.h"
 
 namespace quastel::client {

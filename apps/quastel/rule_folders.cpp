@@ -1,5 +1,6 @@
 #include "rule_folders.h"
 
+#include "command_options.h"
 #include "path_text.h"
 #include "scan_roots.h"
 #include "text.h"
@@ -7,14 +8,10 @@
 namespace quastel::client {
 
 void AddRuleFolderOptions(CLI::App& command, RuleFolderOptions& options) {
-  command
-      .add_option("--user-home", options.user_home,
-                  "The profile that {UserHome} stands for in the rules, instead of %USERPROFILE%")
-      ->type_name("DIR");
-  command
-      .add_option("--system-root", options.system_root,
-                  "The drive that {Root} stands for in the rules, instead of %SystemDrive%")
-      ->type_name("DIR");
+  AddOption(command, "--user-home", options.user_home, "DIR",
+            "The profile that {UserHome} stands for in the rules, instead of %USERPROFILE%");
+  AddOption(command, "--system-root", options.system_root, "DIR",
+            "The drive that {Root} stands for in the rules, instead of %SystemDrive%");
 }
 
 ProtectedFolders ResolveRuleFolders(const RuleFolderOptions& options) {

@@ -1,10 +1,13 @@
 #ifndef QUASTEL_APPS_QUASTEL_RULE_FOLDERS_H_
 #define QUASTEL_APPS_QUASTEL_RULE_FOLDERS_H_
 
-#include <CLI/CLI.hpp>
 #include <string>
 
 #include "protected_folders.h"
+
+namespace CLI {
+class App;
+}  // namespace CLI
 
 namespace quastel::client {
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "command_options.h"
 #include "full_path.h"
 #include "interrupt.h"
 #include "messages.h"
@@ -73,15 +74,16 @@ ExitCode RunCheck(const CheckOptions& options, Console& console) {
 }  // namespace
 
 void AddRulesCommand(CLI::App& app, Action& action) {
-  CLI::App* rules = app.add_subcommand("rules", "Work with rule documents");
-  rules->require_subcommand(1);
-  CLI::App* check = rules->add_subcommand(
-      "check", "Tell where a rule document is wrong, or where its rules lead and what is there");
+  CLI::App& rules = AddCommand(app, "rules", "Work with rule documents");
+  RequireCommand(rules);
+  CLI::App& check =
+      AddCommand(rules, "check",
+                 "Tell where a rule document is wrong, or where its rules lead and what is there");
   const auto options = std::make_shared<CheckOptions>();
-  check->add_option("FILE", options->file, "The rule document")->type_name("")->required();
-  check->add_flag("--json", options->json, "Write one JSON object");
-  AddRuleFolderOptions(*check, options->folders);
-  check->callback([options, &action] {
+  AddOption(check, "FILE", options->file, "", "The rule document").Required();
+  AddFlag(check, "--json", options->json, "Write one JSON object");
+  AddRuleFolderOptions(check, options->folders);
+  OnCall(check, [options, &action] {
     action = [options](Console& console) { return RunCheck(*options, console); };
   });
 }

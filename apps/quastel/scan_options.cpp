@@ -39,37 +39,30 @@ std::string CheckCount(const std::string& text, const std::string& things) {
 
 ScanOptionParser::ScanOptionParser(CLI::App& command, const ScanWords& words) {
   if (words.takes_roots) {
-    command
-        .add_option("ROOT", roots_,
-                    "Folders to scan, with all below them; junctions and links are not entered")
-        ->type_name("")
-        ->required();
+    AddOption(command, "ROOT", roots_, "",
+              "Folders to scan, with all below them; junctions and links are not entered")
+        .Required();
   }
-  command.add_flag("--json", json_, "Write one JSON object instead of a table");
-  html_option_ =
-      command
-          .add_option(
-              "--html", html_,
-              "Also make a page for a browser, with a map of the folders and a table to sort "
-              "and filter: a new file, nothing is overwritten")
-          ->type_name("FILE");
+  AddFlag(command, "--json", json_, "Write one JSON object instead of a table");
+  html_option_ = AddOption(
+      command, "--html", html_, "FILE",
+      "Also make a page for a browser, with a map of the folders and a table to sort and filter: "
+      "a new file, nothing is overwritten");
   const auto check = [things = words.things](const std::string& text) {
     return CheckCount(text, things);
   };
-  top_option_ =
-      command.add_option("--top", top_, "List only the first N " + words.things + " after sorting")
-          ->type_name("N")
-          ->check(CLI::Validator(check, ""));
+  top_option_ = AddOption(command, "--top", top_, "N",
+                          "List only the first N " + words.things + " after sorting")
+                    .Check(check);
   if (!words.keys.empty()) {
     sort_ = SortKeyName(words.keys.front());
-    command.add_option("--sort", sort_, "Order of the " + words.things + ": " + words.help)
-        ->type_name("KEY")
-        ->check(CLI::IsMember(SortKeyNames(words.keys)).description(""))
-        ->capture_default_str();
+    AddOption(command, "--sort", sort_, "KEY", "Order of the " + words.things + ": " + words.help)
+        .OneOf(SortKeyNames(words.keys))
+        .ShowDefault();
   }
   if (words.takes_roots && words.protects) {
-    command.add_flag("--no-protect", no_protect_,
-                     "Scan the system's folders and the profile's AppData too");
+    AddFlag(command, "--no-protect", no_protect_,
+            "Scan the system's folders and the profile's AppData too");
   }
 }
 
@@ -79,7 +72,7 @@ ScanOptions ScanOptionParser::Read() const {
     options.roots.push_back(FromUtf8(root));
   }
   options.json = json_;
-  if (html_option_->count() != 0) {
+  if (html_option_->WasGiven()) {
     if (html_.empty()) {
       throw UserError(ExitCode::kUsage, "the name of the page is empty",
                       "write --html and a file that is not there yet");
@@ -87,7 +80,7 @@ ScanOptions ScanOptionParser::Read() const {
     options.html = FullPath(FromUtf8(html_));
   }
   options.protect = !no_protect_;
-  if (top_option_->count() != 0) {
+  if (top_option_->WasGiven()) {
     options.top = top_;
   }
   for (const auto& [key, name] : kSortKeys) {

@@ -1,13 +1,13 @@
 #ifndef QUASTEL_APPS_QUASTEL_SCAN_OPTIONS_H_
 #define QUASTEL_APPS_QUASTEL_SCAN_OPTIONS_H_
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "clean_options.h"
+#include "command_options.h"
 #include "rule_folders.h"
 
 namespace quastel::client {
@@ -52,8 +52,8 @@ class ScanOptionParser {
   ScanOptions Read() const;
 
  private:
-  const CLI::Option* top_option_;
-  const CLI::Option* html_option_;
+  std::optional<CommandOption> top_option_;
+  std::optional<CommandOption> html_option_;
   std::vector<std::string> roots_;
   bool json_ = false;
   std::string html_;

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "command_options.h"
 #include "json_writer.h"
 
 namespace quastel::client {
@@ -28,10 +29,10 @@ std::string VersionText() {
 }
 
 void AddVersionCommand(CLI::App& app, Action& action) {
-  CLI::App* command = app.add_subcommand("version", "Tell the versions of client and library");
+  CLI::App& command = AddCommand(app, "version", "Tell the versions of client and library");
   const auto as_json = std::make_shared<bool>(false);
-  command->add_flag("--json", *as_json, "Write one JSON object");
-  command->callback([as_json, &action] {
+  AddFlag(command, "--json", *as_json, "Write one JSON object");
+  OnCall(command, [as_json, &action] {
     action = [value = *as_json](Console& console) { return RunVersion(value, console); };
   });
 }

@@ -1,7 +1,6 @@
 #ifndef QUASTEL_APPS_QUASTEL_VERSION_COMMAND_H_
 #define QUASTEL_APPS_QUASTEL_VERSION_COMMAND_H_
 
-#include <CLI/CLI.hpp>
 #include <string>
 
 #include "command.h"

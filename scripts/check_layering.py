@@ -25,6 +25,12 @@ EXCEPTIONS = {"scan/product_scan_exports.cpp": {"junk", "duplicate"}}
 BACKEND = "platform/win32/"
 PUBLIC_HEADER = "quastel_core.h"
 COMPILER_HEADERS = {"emmintrin.h", "immintrin.h"}
+# What takes longer to compile than the rest of a source, and the few sources of the client that may
+# include it.
+SLOW_HEADERS = {
+    "CLI/": {"apps/quastel/arguments.cpp", "apps/quastel/command_options.cpp"},
+    "nlohmann/": {"apps/quastel/json.cpp", "apps/quastel/saved_report.cpp"},
+}
 MAX_LINES = 500
 SOURCE_SUFFIXES = {".h", ".cpp", ".c"}
 
@@ -114,6 +120,14 @@ def check_outsider(root, folder, path, complain):
             complain(path, f'includes "{header}", neither the public header nor its own')
 
 
+def check_slow_headers(root, path, complain):
+    for _, header in includes(path):
+        for folder, users in SLOW_HEADERS.items():
+            if header.startswith(folder) and path.relative_to(root).as_posix() not in users:
+                complain(path, f"includes {header}, which takes long to compile, and is none of "
+                               f"{', '.join(sorted(users))}")
+
+
 def check_listed(root, complain):
     """A test that no CMake file names is never built."""
     lists = [root / "CMakeLists.txt"]
@@ -142,6 +156,8 @@ def check(root):
     for folder in ("apps/quastel", "tests/dll"):
         for path in sources(root / folder):
             check_outsider(root, folder, path, complain)
+    for path in sources(root / "apps/quastel"):
+        check_slow_headers(root, path, complain)
     check_listed(root, complain)
     return complaints
 

@@ -34,7 +34,8 @@ class Layering(unittest.TestCase):
             "src/scan/product_scan_exports.cpp":
                 '#include "junk/run.h"\n#include "duplicate/run.h"\n',
             "apps/quastel/main.cpp": '#include "quastel_core.h"\n#include "table.h"\n',
-            "apps/quastel/table.h": ""}))
+            "apps/quastel/table.h": "",
+            "apps/quastel/json.cpp": "#include <nlohmann/json.hpp>\n"}))
 
     def test_base_includes_no_other_room(self):
         self.assert_breach({"src/fs/a.h": "", "src/base/b.h": '#include "fs/a.h"\n'},
@@ -75,6 +76,12 @@ class Layering(unittest.TestCase):
                            "neither the public header")
         self.assert_breach({"src/fs/a.h": "", "tests/dll/x_test.cpp": '#include "../../src/fs/a.h"\n'},
                            "neither the public header")
+
+    def test_headers_that_take_long_to_compile_stay_behind_their_modules(self):
+        self.assert_breach({"apps/quastel/table.h": "#include <nlohmann/json.hpp>\n"},
+                           "takes long to compile")
+        self.assert_breach({"apps/quastel/json.cpp": "#include <CLI/CLI.hpp>\n"},
+                           "takes long to compile")
 
     def test_a_source_that_no_list_names_is_found(self):
         self.assert_breach({"src/CMakeLists.txt": "", "tests/fs/a_test.cpp": ""},

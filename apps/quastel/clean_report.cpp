@@ -41,32 +41,33 @@ Json RowJson(const CleanReport& report, std::size_t i) {
   const PlannedFile& planned = report.plan.files[i];
   const CleanResult& result = report.results[i];
   Json json;
-  json["item_id"] = planned.file.item_id;
-  json["group_id"] = planned.file.group_id;
+  json.Set("item_id", planned.file.item_id);
+  json.Set("group_id", planned.file.group_id);
   AddPath(json, planned.file.path);
-  json["size"] = planned.file.size;
-  json["outcome"] = OutcomeWord(report, result.outcome);
-  json["reason"] = result.obstacle ? Json(ObstacleWord(*result.obstacle)) : Json(nullptr);
-  json["message"] = result.obstacle ? Json(ObstacleSentence(*result.obstacle)) : Json(nullptr);
+  json.Set("size", planned.file.size);
+  json.Set("outcome", OutcomeWord(report, result.outcome));
+  json.Set("reason", result.obstacle ? Json(ObstacleWord(*result.obstacle)) : Json(nullptr));
+  json.Set("message", result.obstacle ? Json(ObstacleSentence(*result.obstacle)) : Json(nullptr));
   if (report.plan.duplicates && planned.fate == Fate::kRemove) {
-    json["kept_item_id"] = report.plan.files[planned.survivor].file.item_id;
+    json.Set("kept_item_id", report.plan.files[planned.survivor].file.item_id);
   }
   return json;
 }
 
 Json OptionsJson(const CleanReport& report) {
   Json json;
-  json["mode"] = IsRecycling(report) ? "recycle" : "permanent";
-  json["dry_run"] = report.options.dry_run;
+  json.Set("mode", IsRecycling(report) ? "recycle" : "permanent");
+  json.Set("dry_run", report.options.dry_run);
   if (report.plan.duplicates) {
     const char* const keep = KeepRuleName(report.options.keep);
-    json["keep"] = keep == nullptr ? Json(nullptr) : Json(keep);
-    json["keep_under"] =
-        report.options.keep_under.empty() ? Json(nullptr) : Json(ToUtf8(report.options.keep_under));
-    json["verify"] = report.options.verify;
+    json.Set("keep", keep == nullptr ? Json(nullptr) : Json(keep));
+    json.Set("keep_under", report.options.keep_under.empty()
+                               ? Json(nullptr)
+                               : Json(ToUtf8(report.options.keep_under)));
+    json.Set("verify", report.options.verify);
   }
   if (report.source == "junk") {
-    json["all"] = report.options.all;
+    json.Set("all", report.options.all);
   }
   return json;
 }
@@ -74,13 +75,13 @@ Json OptionsJson(const CleanReport& report) {
 Json TotalsJson(const CleanReport& report) {
   const CleanTotals totals = TotalsOf(report);
   Json json;
-  json["selected"] = totals.selected;
-  json["removed"] = totals.removed;
-  json["failed"] = totals.refused;
-  json["not_tried"] = totals.not_tried;
-  json["kept"] = totals.kept;
-  json["folders_removed"] = report.removed_folders.size();
-  json["bytes_freed"] = totals.bytes_freed;
+  json.Set("selected", totals.selected);
+  json.Set("removed", totals.removed);
+  json.Set("failed", totals.refused);
+  json.Set("not_tried", totals.not_tried);
+  json.Set("kept", totals.kept);
+  json.Set("folders_removed", report.removed_folders.size());
+  json.Set("bytes_freed", totals.bytes_freed);
   return json;
 }
 

@@ -32,38 +32,38 @@ std::wstring NameOf(const std::wstring& path) {
 
 Json RowJson(const EmptyFolder& row, std::size_t id) {
   Json json;
-  json["item_id"] = id;
+  json.Set("item_id", id);
   AddPath(json, row.path);
-  json["name"] = ToUtf8(NameOf(row.path));
-  json["location"] = ToUtf8(FolderOf(row.path));
-  json["folders"] = row.folders;
+  json.Set("name", ToUtf8(NameOf(row.path)));
+  json.Set("location", ToUtf8(FolderOf(row.path)));
+  json.Set("folders", row.folders);
   return json;
 }
 
 Json OptionsJson(const EmptyReport& report) {
   Json json;
-  json["top"] = report.options.top ? Json(*report.options.top) : Json(nullptr);
-  json["protect"] = report.protection.has_value();
-  json["system_root"] = nullptr;
-  json["user_home"] = nullptr;
+  json.Set("top", report.options.top ? Json(*report.options.top) : Json(nullptr));
+  json.Set("protect", report.protection.has_value());
+  json.Set("system_root", nullptr);
+  json.Set("user_home", nullptr);
   if (report.protection) {
-    json["system_root"] = ToUtf8(report.protection->system_root);
-    json["user_home"] = ToUtf8(report.protection->user_home);
+    json.Set("system_root", ToUtf8(report.protection->system_root));
+    json.Set("user_home", ToUtf8(report.protection->user_home));
   }
   return json;
 }
 
 Json TotalsJson(const EmptyReport& report) {
   Json json;
-  json["folders_visited"] = report.folders_visited;
-  json["item_count"] = report.rows.size();
-  json["folder_count"] = AllFolders(report);
+  json.Set("folders_visited", report.folders_visited);
+  json.Set("item_count", report.rows.size());
+  json.Set("folder_count", AllFolders(report));
   return json;
 }
 
 Json PerformanceJson(const EmptyReport& report) {
   Json json;
-  json["elapsed_us"] = report.elapsed_us;
+  json.Set("elapsed_us", report.elapsed_us);
   return json;
 }
 
@@ -116,9 +116,9 @@ void WriteEmptyHtml(const EmptyReport& report) {
   page.Member("status", StatusWord(report.status));
   page.Member("totals", TotalsJson(report));
   page.Member("performance", PerformanceJson(report));
-  page.Member("groups", Json::array());
+  page.Member("groups", Json::List());
   page.Rows({"folders"}, Listed(report), [&](std::size_t i) {
-    return PageRow{report.rows[i].path, Json::array({report.rows[i].folders})};
+    return PageRow{report.rows[i].path, Json::List(report.rows[i].folders)};
   });
   page.End();
 }

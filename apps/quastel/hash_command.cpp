@@ -75,11 +75,11 @@ Json RowJson(const FileHash& file) {
   const bool failed = file.digits.empty();
   Json json;
   AddPath(json, file.path);
-  json["size"] = file.size;
-  json["status"] = StatusWord(failed ? QS_FAILED : QS_OK);
-  json["hash"] = failed ? Json(nullptr) : Json(file.digits);
-  json["standard"] = failed ? Json(nullptr) : Json(StandardDigits(file.digits));
-  json["error"] = failed ? Json(file.complaint.message) : Json(nullptr);
+  json.Set("size", file.size);
+  json.Set("status", StatusWord(failed ? QS_FAILED : QS_OK));
+  json.Set("hash", failed ? Json(nullptr) : Json(file.digits));
+  json.Set("standard", failed ? Json(nullptr) : Json(StandardDigits(file.digits)));
+  json.Set("error", failed ? Json(file.complaint.message) : Json(nullptr));
   return json;
 }
 
@@ -94,8 +94,8 @@ void WriteHashJson(const std::vector<FileHash>& files, qs_status status, OutputS
   object.Member("cancelled", status == QS_CANCELLED);
   object.ArrayMember("rows", files.size(), [&](std::size_t i) { return RowJson(files[i]); });
   Json totals;
-  totals["item_count"] = files.size();
-  totals["failed"] = CountFailed(files);
+  totals.Set("item_count", files.size());
+  totals.Set("failed", CountFailed(files));
   object.Member("totals", totals);
   object.End();
   out.Flush();

@@ -3,6 +3,7 @@
 #include <quastel_core.h>
 
 #include "html_pieces.h"
+#include "json_writer.h"
 #include "path_text.h"
 #include "script_json.h"
 #include "text.h"
@@ -41,9 +42,9 @@ void HtmlPage::Begin(std::string_view name) {
 }
 
 void HtmlPage::BeginRows(const std::vector<std::string>& columns) {
-  Json names = {"folder", "name"};
+  Json names = Json::List("folder", "name");
   for (const std::string& column : columns) {
-    names.push_back(column);
+    names.Append(column);
   }
   Member("columns", names);
   Begin("rows");
@@ -58,14 +59,12 @@ void HtmlPage::Row(std::size_t number, const PageRow& row) {
   if (is_new) {
     folders_.push_back(folder);
   }
-  Json cells = {entry->second, ToUtf8(path.substr(path.find_last_of(L"\\/") + 1))};
-  cells.insert(cells.end(), row.cells.begin(), row.cells.end());
+  Json cells = Json::List(entry->second, ToUtf8(path.substr(path.find_last_of(L"\\/") + 1)));
+  cells.AppendAllOf(row.cells);
   file_.Write(number == 0 ? "\n" : ",\n");
   file_.Write(JsonForScript(cells));
-  Json exact;
-  AddPath(exact, row.path);
-  if (exact.contains("path_utf16")) {
-    exact_.push_back({number, exact["path_utf16"]});
+  if (!IsWellFormed(row.path)) {
+    exact_.Append(Json::List(number, CodeUnits(row.path)));
   }
 }
 

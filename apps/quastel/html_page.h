@@ -8,12 +8,12 @@
 #include <utility>
 #include <vector>
 
-#include "json_writer.h"
+#include "json.h"
 #include "new_file.h"
 
 namespace quastel::client {
 
-// One row of the page's table: the path, and a JSON array of what else is known.
+// One row of the page's table: the path, and a list of what else is known.
 struct PageRow {
   std::wstring path;
   Json cells;
@@ -52,7 +52,7 @@ class HtmlPage {
   bool first_ = true;
   std::vector<std::wstring> folders_;
   std::unordered_map<std::wstring, std::size_t> folder_places_;
-  Json exact_ = Json::array();  // the rows whose path no JSON string can carry
+  Json exact_ = Json::List();  // the rows whose path no JSON string can carry
 };
 
 }  // namespace quastel::client

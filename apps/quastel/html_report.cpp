@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "html_page.h"
+#include "json_writer.h"
 #include "new_file.h"
 #include "path_text.h"
 #include "report_json.h"
@@ -36,20 +37,20 @@ Json PlaceOf(const GroupPlaces& places, std::uint64_t id) {
 
 Json PageGroupJson(const ReportGroup& group, std::uint32_t kind, const GroupPlaces& places) {
   Json json = GroupJson(group, kind);
-  json.erase("id");
+  json.Remove("id");
   if (kind == QS_SCAN_KIND_JUNK_RULES) {
-    json.erase("parent_id");
-    json["parent"] = PlaceOf(places, group.parent_id);
+    json.Remove("parent_id");
+    json.Set("parent", PlaceOf(places, group.parent_id));
   }
   return json;
 }
 
 PageRow MakeRow(const ScanRow& row, bool junk, const GroupPlaces& places) {
   const std::optional<std::string> modified = LocalIsoText(row.numbers.modified);
-  Json cells = {row.numbers.size, modified ? Json(*modified) : Json(nullptr),
-                PlaceOf(places, row.numbers.group_id)};
+  Json cells = Json::List(row.numbers.size, modified ? Json(*modified) : Json(nullptr),
+                          PlaceOf(places, row.numbers.group_id));
   if (junk) {
-    cells.push_back(row.numbers.preselect != 0 ? 1 : 0);
+    cells.Append(row.numbers.preselect != 0 ? 1 : 0);
   }
   return {row.path, std::move(cells)};
 }
@@ -67,9 +68,9 @@ void WriteHtml(const Report& report) {
   page.Member("status", StatusWord(report.status));
   page.Member("totals", TotalsJson(report));
   page.Member("performance", PerformanceJson(report));
-  Json groups = Json::array();
+  Json groups = Json::List();
   for (std::size_t i = 0; i < report.listed_groups; ++i) {
-    groups.push_back(PageGroupJson(report.groups[i], kind, places));
+    groups.Append(PageGroupJson(report.groups[i], kind, places));
   }
   page.Member("groups", groups);
   std::vector<std::string> columns = {"size", "modified", "group"};

@@ -16,7 +16,7 @@ constexpr int kSchemaVersion = 1;
 
 // A JSON string holds no raw line end, so that each one is the writer's own and can be indented.
 std::string Indented(const Json& value, std::string_view indent) {
-  const std::string text = value.dump(2);
+  const std::string text = value.IndentedText();
   std::string out;
   out.reserve(text.size() + text.size() / 4);
   for (const char c : text) {
@@ -24,16 +24,6 @@ std::string Indented(const Json& value, std::string_view indent) {
     if (c == '\n') {
       out.append(indent);
     }
-  }
-  return out;
-}
-
-std::string CodeUnits(std::wstring_view text) {
-  std::string out;
-  for (const wchar_t unit : text) {
-    std::array<char, 8> digits = {};
-    std::snprintf(digits.data(), digits.size(), "%04x", static_cast<unsigned>(unit));
-    out.append(digits.data());
   }
   return out;
 }
@@ -76,17 +66,27 @@ void JsonWriter::EndArray(bool empty) {
 }
 
 void AddPath(Json& object, const std::wstring& path) {
-  object["path"] = ToUtf8(path);
+  object.Set("path", ToUtf8(path));
   if (!IsWellFormed(path)) {
     // Many readers refuse an escaped surrogate.
-    object["path_utf16"] = CodeUnits(path);
+    object.Set("path_utf16", CodeUnits(path));
   }
 }
 
+std::string CodeUnits(std::wstring_view text) {
+  std::string out;
+  for (const wchar_t unit : text) {
+    std::array<char, 8> digits = {};
+    std::snprintf(digits.data(), digits.size(), "%04x", static_cast<unsigned>(unit));
+    out.append(digits.data());
+  }
+  return out;
+}
+
 Json JsonStrings(const std::vector<std::wstring>& texts) {
-  Json list = Json::array();
+  Json list = Json::List();
   for (const std::wstring& text : texts) {
-    list.push_back(ToUtf8(text));
+    list.Append(ToUtf8(text));
   }
   return list;
 }

@@ -2,17 +2,14 @@
 #define QUASTEL_APPS_QUASTEL_JSON_WRITER_H_
 
 #include <cstddef>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "console.h"
+#include "json.h"
 
 namespace quastel::client {
-
-// Keeps the members in the order in which they were added.
-using Json = nlohmann::ordered_json;
 
 // Writes one JSON object member by member, with the long lists entry by entry, so that a report of
 // any size never stands in memory as a text. Described in docs/client.md.
@@ -46,6 +43,9 @@ class JsonWriter {
 
 // Adds "path" and, where no JSON string can carry the path exactly, "path_utf16".
 void AddPath(Json& object, const std::wstring& path);
+
+// Four hexadecimal digits for each unit.
+std::string CodeUnits(std::wstring_view text);
 
 Json JsonStrings(const std::vector<std::wstring>& texts);
 

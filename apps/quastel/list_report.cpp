@@ -1,6 +1,7 @@
 #include "list_report.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "display_text.h"
 #include "html_page.h"
@@ -41,34 +42,34 @@ Json ModifiedJson(const SessionFile& file) {
 
 Json OptionsJson(const ListReport& report) {
   Json json;
-  json["mode"] = ModeWord(report.options.mode);
-  json["top"] = report.options.top ? Json(*report.options.top) : Json(nullptr);
+  json.Set("mode", ModeWord(report.options.mode));
+  json.Set("top", report.options.top ? Json(*report.options.top) : Json(nullptr));
   return json;
 }
 
 Json TotalsJson(const ListReport& report) {
   Json json;
-  json["files_visited"] = report.files_visited;
-  json["bytes_visited"] = report.bytes_visited;
-  json["row_count"] = report.rows.size();
+  json.Set("files_visited", report.files_visited);
+  json.Set("bytes_visited", report.bytes_visited);
+  json.Set("row_count", report.rows.size());
   return json;
 }
 
 Json PerformanceJson(const ListReport& report) {
   Json json;
-  json["elapsed_us"] = report.elapsed_us;
+  json.Set("elapsed_us", report.elapsed_us);
   return json;
 }
 
 Json RowJson(const SessionFile& file, std::size_t index) {
   Json json;
-  json["index"] = index;
+  json.Set("index", index);
   AddPath(json, file.path);
-  json["name"] = ToUtf8(file.name);
-  json["size"] = file.numbers.size;
-  json["modified_ticks"] = file.numbers.modified;
-  json["modified"] = ModifiedJson(file);
-  json["deleted"] = file.numbers.deleted != 0;
+  json.Set("name", ToUtf8(file.name));
+  json.Set("size", file.numbers.size);
+  json.Set("modified_ticks", file.numbers.modified);
+  json.Set("modified", ModifiedJson(file));
+  json.Set("deleted", file.numbers.deleted != 0);
   return json;
 }
 
@@ -76,11 +77,15 @@ Json CleanJson(const ListReport& report) {
   if (!report.cleaned) {
     return nullptr;
   }
+  Json indexes = Json::List();
+  for (const std::uint64_t index : report.options.clean) {
+    indexes.Append(index);
+  }
   Json json;
-  json["indexes"] = report.options.clean;
-  json["requested"] = report.options.clean.size();
-  json["processed"] = report.clean_processed;
-  json["status"] = StatusWord(report.clean_status);
+  json.Set("indexes", std::move(indexes));
+  json.Set("requested", report.options.clean.size());
+  json.Set("processed", report.clean_processed);
+  json.Set("status", StatusWord(report.clean_status));
   return json;
 }
 
@@ -151,10 +156,10 @@ void WriteListHtml(const ListReport& report) {
   page.Member("status", StatusWord(report.status));
   page.Member("totals", TotalsJson(report));
   page.Member("performance", PerformanceJson(report));
-  page.Member("groups", Json::array());
+  page.Member("groups", Json::List());
   page.Rows({"size", "modified"}, ListedRows(report), [&](std::size_t i) {
     const SessionFile& file = report.rows[i];
-    return PageRow{file.path, Json::array({file.numbers.size, ModifiedJson(file)})};
+    return PageRow{file.path, Json::List(file.numbers.size, ModifiedJson(file))};
   });
   page.End();
 }

@@ -2,7 +2,7 @@
 #define QUASTEL_APPS_QUASTEL_REPORT_JSON_H_
 
 #include "console.h"
-#include "json_writer.h"
+#include "json.h"
 #include "report.h"
 
 namespace quastel::client {

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "category_words.h"
 #include "display_text.h"
@@ -66,19 +67,19 @@ Totals Sum(const RulesReport& report) {
 
 Json ProblemJson(const RuleProblem& problem) {
   Json json;
-  json["line"] = problem.position.line;
-  json["column"] = problem.position.column;
-  json["message"] = problem.message;
-  json["hint"] = problem.hint.empty() ? Json(nullptr) : Json(problem.hint);
+  json.Set("line", problem.position.line);
+  json.Set("column", problem.position.column);
+  json.Set("message", problem.message);
+  json.Set("hint", problem.hint.empty() ? Json(nullptr) : Json(problem.hint));
   return json;
 }
 
 Json PlaceJson(const RulePlace& place) {
   Json json;
   AddPath(json, place.path);
-  json["below"] = place.below;
-  json["files"] = place.files;
-  json["bytes"] = place.bytes;
+  json.Set("below", place.below);
+  json.Set("files", place.files);
+  json.Set("bytes", place.bytes);
   return json;
 }
 
@@ -86,22 +87,23 @@ Json RuleJson(const RulesReport& report, std::size_t i) {
   const RuleElement& rule = *report.rules[i].element;
   const RuleOutcome& outcome = report.outcomes[i];
   Json json;
-  json["line"] = report.document.rule_positions[i].line;
-  json["column"] = report.document.rule_positions[i].column;
-  json["element"] = ToUtf8(rule.name);
-  json["categories"] = JsonStrings(report.rules[i].categories);
-  json["name"] = ToUtf8(RuleName(rule, outcome));
+  json.Set("line", report.document.rule_positions[i].line);
+  json.Set("column", report.document.rule_positions[i].column);
+  json.Set("element", ToUtf8(rule.name));
+  json.Set("categories", JsonStrings(report.rules[i].categories));
+  json.Set("name", ToUtf8(RuleName(rule, outcome)));
   AddPath(json, outcome.folder);
-  json["pattern"] = OrNull(rule.Find(L"Pattern"));
-  json["end_path"] = OrNull(rule.Find(L"EndPath"));
-  json["contains_path"] = OrNull(rule.Find(L"ContainsPath"));
-  json["exists"] = outcome.exists;
-  json["places"] = Json::array();
+  json.Set("pattern", OrNull(rule.Find(L"Pattern")));
+  json.Set("end_path", OrNull(rule.Find(L"EndPath")));
+  json.Set("contains_path", OrNull(rule.Find(L"ContainsPath")));
+  json.Set("exists", outcome.exists);
+  Json places = Json::List();
   for (const RulePlace& place : outcome.places) {
-    json["places"].push_back(PlaceJson(place));
+    places.Append(PlaceJson(place));
   }
-  json["files"] = outcome.files;
-  json["bytes"] = outcome.bytes;
+  json.Set("places", std::move(places));
+  json.Set("files", outcome.files);
+  json.Set("bytes", outcome.bytes);
   return json;
 }
 
@@ -186,11 +188,11 @@ void WriteRulesJson(const RulesReport& report, OutputStream& out) {
                      [&](std::size_t i) { return RuleJson(report, i); });
   const Totals sum = Sum(report);
   Json totals;
-  totals["rules"] = report.rules.size();
-  totals["existing"] = sum.existing;
-  totals["places"] = sum.places;
-  totals["files"] = sum.files;
-  totals["bytes"] = sum.bytes;
+  totals.Set("rules", report.rules.size());
+  totals.Set("existing", sum.existing);
+  totals.Set("places", sum.places);
+  totals.Set("files", sum.files);
+  totals.Set("bytes", sum.bytes);
   object.Member("totals", totals);
   object.End();
 }

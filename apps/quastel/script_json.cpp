@@ -5,7 +5,7 @@
 namespace quastel::client {
 
 std::string JsonForScript(const Json& value) {
-  const std::string text = value.dump();
+  const std::string text = value.Text();
   std::string out;
   out.reserve(text.size() + text.size() / 16);
   for (std::size_t i = 0; i < text.size(); ++i) {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "json_writer.h"
+#include "json.h"
 
 namespace quastel::client {
 

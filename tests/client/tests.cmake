@@ -10,6 +10,7 @@ quastel_windows_test(client_unit_tests
   ${client_tests}/empty_folders_test.cpp
   ${client_tests}/hash_digits_test.cpp
   ${client_tests}/html_page_test.cpp
+  ${client_tests}/json_test.cpp
   ${client_tests}/junk_report_test.cpp
   ${client_tests}/name_order_test.cpp
   ${client_tests}/nearest_word_test.cpp

@@ -27,11 +27,6 @@ void Grow(std::vector<qs_char>& buffer, std::uint64_t needed) {
 
 }  // namespace
 
-const wchar_t* ScanRequest::UserHome() const {
-  const std::wstring& home = protection ? protection->user_home : cache_profile;
-  return home.empty() ? nullptr : home.c_str();
-}
-
 ProductScan::ProductScan() {
   Require(qs_product_scan_create(&handle_), "qs_product_scan_create");
 }

@@ -5,39 +5,14 @@
 
 #include <chrono>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "protected_folders.h"
+#include "scan_request.h"
+#include "scan_row.h"
 #include "work_thread.h"
 
 namespace quastel::client {
-
-struct ScanRequest {
-  std::uint32_t kind = QS_SCAN_KIND_LARGE_FILES;
-  std::vector<std::wstring> roots;  // absolute
-  // For a junk scan these are what the placeholders of the rules stand for, and protect nothing.
-  std::optional<ProtectedFolders> protection;
-  // The profile that keeps the hash cache where `protection` names none; empty for no cache.
-  std::wstring cache_profile;
-  std::wstring rules_path;  // absolute; junk only
-
-  // What the library is given as the user's profile; null when it is given none.
-  const wchar_t* UserHome() const;
-};
-
-struct ScanRow {
-  std::wstring path;
-  std::wstring name;
-  std::wstring title;
-  std::wstring location;
-  std::wstring group_key;    // duplicates only
-  std::wstring category;     // junk only: the words of the outermost category
-  std::wstring rule_folder;  // junk only: that of its group; empty for a category's own files
-  std::uint64_t parent_group_id = 0;
-  qs_product_scan_row numbers = {};
-};
 
 // Owns a qs_product_scan handle and the thread that is inside its start call: the call blocks until
 // the scan ends, so it has a thread to itself, and all the rest may be called meanwhile.

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "path_text.h"
+#include "product_scan.h"
 
 namespace quastel::client {
 

@@ -8,8 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "product_scan.h"
 #include "scan_options.h"
+#include "scan_request.h"
+#include "scan_row.h"
 
 namespace quastel::client {
 
@@ -55,6 +56,8 @@ struct Report {
 
   bool Cancelled() const { return status == QS_CANCELLED; }
 };
+
+class ProductScan;
 
 // Reads the rows and numbers of `scan` into `report`, in the order of the library.
 void ReadRows(const ProductScan& scan, Report& report);

@@ -1,5 +1,7 @@
 #include "scan_run.h"
 
+#include "interrupt.h"
+#include "product_scan.h"
 #include "progress_line.h"
 
 namespace quastel::client {

@@ -1,11 +1,15 @@
 #ifndef QUASTEL_APPS_QUASTEL_SCAN_RUN_H_
 #define QUASTEL_APPS_QUASTEL_SCAN_RUN_H_
 
+#include <quastel_core.h>
+
 #include "console.h"
-#include "interrupt.h"
-#include "product_scan.h"
+#include "scan_request.h"
 
 namespace quastel::client {
+
+class InterruptGuard;
+class ProductScan;
 
 // What a running scan is doing, in a word for the progress line.
 using StageWord = const char* (*)(const qs_product_scan_status&,

@@ -74,9 +74,19 @@ void KnownFiles::Remember(const SampledFiles& sampled, SampledIndex file,
   CacheEntry& entry = cache_[index];
   entry.size = candidate.size;
   entry.last_write = candidate.last_write;
-  entry.confirmed_time = platform::SystemFileTime();
+  entry.confirmed_time = Now();
   entry.sample = seen.result;
   entry.full_hash = full_hash;
+}
+
+std::uint64_t KnownFiles::Now() {
+  constexpr std::uint32_t kUses = 64;
+  if (now_uses_left_ == 0) {
+    now_ = platform::SystemFileTime();
+    now_uses_left_ = kUses;
+  }
+  --now_uses_left_;
+  return now_;
 }
 
 }  // namespace quastel::duplicate

@@ -42,11 +42,17 @@ class KnownFiles {
   const CacheEntry* ValidEntry(const SampledFile& sampled, SampledIndex file) const;
   const Text& KeyOf(CandidateIndex index);
 
+  // The time, asked for once for several entries: they are written within microseconds, and asking
+  // is a system call on some systems.
+  std::uint64_t Now();
+
   const CandidateList& candidates_;
   HashCache cache_;
   CacheKeys keys_;
   Text leaf_;                              // kept, with its room
   std::vector<HashCache::Index> entries_;  // of each sampled file; none when the cache was empty
+  std::uint64_t now_ = 0;
+  std::uint32_t now_uses_left_ = 0;
 };
 
 // The place of each candidate in the array of the sampled files, or kNotSampled: files are looked

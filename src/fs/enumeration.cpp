@@ -53,6 +53,7 @@ class FileWalk {
 
   qs_status WalkFolder(const Text& folder) {
     entry_path_.EnterFolder(folder);
+    ticks_.Forget();
     if (pattern_ == kEverything) {
       return ListEverything(folder);
     }
@@ -112,7 +113,7 @@ class FileWalk {
     visitor_(user_, {.path = entry_path_.Of(name),
                      .name = name,
                      .size = entry.size(),
-                     .last_write = LocalTicks(entry.last_write())});
+                     .last_write = ticks_.Of(entry.last_write())});
   }
 
   void Push(const platform::FindData& entry) {
@@ -131,6 +132,7 @@ class FileWalk {
   void* const user_;
   std::vector<Text> pending_;
   EntryPath entry_path_;
+  FolderTicks ticks_;
   platform::FindData entry_ = {};
 };
 

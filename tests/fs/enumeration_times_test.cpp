@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <string>
 
 #include "quastel_core.h"
 #include "simulated_windows/simulated_windows.h"
 #include "support/calendar.h"
+#include "support/text.h"
 #include "support/walk.h"
 
 namespace quastel {
@@ -72,18 +74,57 @@ TEST_F(EnumerationTimes, A_time_that_cannot_be_converted_stays_UTC_for_that_file
     windows_.AddFile(name, "", {.last_write = kUtc});
   }
   windows_.SetTimeZoneOffset(60);
-  windows_.FailCall(Call::kToLocalFileTime, 2);
-  EXPECT_EQ(Times(), (Ticks{kUtc + 60 * kTicksPerMinute + k1601, kUtc + k1601,
+  windows_.FailCall(Call::kToLocalFileTime, 1);
+  EXPECT_EQ(Times(), (Ticks{kUtc + k1601, kUtc + 60 * kTicksPerMinute + k1601,
                             kUtc + 60 * kTicksPerMinute + k1601}));
   windows_.ClearFaults();
-  windows_.FailCall(Call::kToLocalFileTime, 2);
-  EXPECT_EQ(Times(u"?").at(1), kUtc + k1601);
+  windows_.FailCall(Call::kToLocalFileTime, 1);
+  EXPECT_EQ(Times(u"?").at(0), kUtc + k1601);
+  EXPECT_EQ(Times(u"?").at(1), kUtc + 60 * kTicksPerMinute + k1601);
 }
 
 TEST_F(EnumerationTimes, A_time_that_local_time_would_carry_before_1601_stays_UTC) {
   windows_.AddFile(u"C:\\t\\a", "", {.last_write = 5});
   windows_.SetTimeZoneOffset(-60);
   EXPECT_EQ(Times(), Ticks{k1601 + 5});
+}
+
+TEST_F(EnumerationTimes, A_time_near_either_end_is_converted_by_itself) {
+  constexpr std::uint64_t kUtc = 133'000'000'000'000'000;
+  constexpr std::uint64_t kHour = 60 * kTicksPerMinute;
+  constexpr std::uint64_t kTopBit = std::uint64_t{1} << 63;
+  windows_.AddFile(u"C:\\t\\a", "", {.last_write = kUtc});
+  windows_.AddFile(u"C:\\t\\b", "", {.last_write = kTopBit - 1});
+  windows_.AddFile(u"C:\\t\\c", "", {.last_write = kTopBit + 5});
+  windows_.AddFile(u"C:\\t\\d", "", {.last_write = 7});
+  windows_.AddFile(u"C:\\t\\e", "", {.last_write = kUtc + 1});
+  windows_.SetTimeZoneOffset(60);
+  EXPECT_EQ(Times(), (Ticks{kUtc + kHour + k1601, kTopBit - 1 + k1601, kTopBit + 5 + k1601,
+                            7 + kHour + k1601, kUtc + 1 + kHour + k1601}));
+  windows_.SetTimeZoneOffset(-60);
+  EXPECT_EQ(Times(), (Ticks{kUtc - kHour + k1601, kTopBit - 1 - kHour + k1601,
+                            kTopBit + 5 - kHour + k1601, 7 + k1601, kUtc + 1 - kHour + k1601}));
+}
+
+TEST_F(EnumerationTimes, A_change_of_the_time_zone_counts_from_the_next_folder_on) {
+  constexpr std::uint64_t kUtc = 133'000'000'000'000'000;
+  windows_.AddFile(u"C:\\t\\a", "", {.last_write = kUtc});
+  windows_.AddFile(u"C:\\t\\sub\\b", "", {.last_write = kUtc});
+  windows_.SetHook([this](const simulated::CallRecord& call) {
+    if (call.call == Call::kFindClose) {
+      windows_.SetTimeZoneOffset(120);
+    }
+  });
+  EXPECT_EQ(Times(), (Ticks{kUtc + k1601, kUtc + 120 * kTicksPerMinute + k1601}));
+}
+
+TEST_F(EnumerationTimes, One_conversion_does_for_256_more_files_of_a_folder) {
+  for (int i = 0; i < 600; ++i) {
+    windows_.AddFile(support::Wide("C:\\t\\" + std::to_string(i)), "", {.last_write = 1ull << 60});
+  }
+  windows_.SetTimeZoneOffset(60);
+  EXPECT_EQ(Times(), Ticks(600, (1ull << 60) + 60 * kTicksPerMinute + k1601));
+  EXPECT_EQ(windows_.CallCount(Call::kToLocalFileTime), 3u);
 }
 
 TEST_F(EnumerationTimes, Only_reported_files_cost_a_conversion) {

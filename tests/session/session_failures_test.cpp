@@ -130,8 +130,8 @@ TEST_P(SessionFailures, A_file_whose_row_finds_no_memory_is_the_last_one_of_the_
   std::uint64_t conversions = 0;
   std::unique_ptr<AllocationFaults> memory;
   machine_.SetHook([&](const CallRecord& record) {
-    // From the third file on: what comes next is its callback.
-    if (record.call == Call::kToLocalFileTime && ++conversions == 3) {
+    // From the third file on, the first of the second folder: what comes next is its callback.
+    if (record.call == Call::kToLocalFileTime && ++conversions == 2) {
       memory = std::make_unique<AllocationFaults>(1, GetParam());
     }
   });
@@ -145,15 +145,17 @@ TEST_P(SessionFailures, A_file_whose_row_finds_no_memory_is_the_last_one_of_the_
 }
 
 // The files of the root have paths of one length, for which there is room from the first one on:
-// what needs memory behind the conversion of a time is a row.
+// what needs memory behind the conversion of a time is a row. The third has a time that is converted
+// by itself.
 TEST_P(SessionFailures, A_row_without_memory_counts_for_more_than_a_cancel_behind_it) {
   AddFiles(4);
+  AddFile(u"f002", 3, {.last_write = 0});
   std::uint64_t conversions = 0;
   std::unique_ptr<AllocationFaults> memory;
   std::uint64_t injected = 0;
   bool cancelled = false;
   machine_.SetHook([&](const CallRecord& record) {
-    if (record.call == Call::kToLocalFileTime && ++conversions == 3) {
+    if (record.call == Call::kToLocalFileTime && ++conversions == 2) {
       memory = std::make_unique<AllocationFaults>(1, GetParam());
     } else if (memory != nullptr && record.call == Call::kFindClose) {
       injected = memory->injected();

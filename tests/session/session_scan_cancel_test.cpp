@@ -79,11 +79,13 @@ TEST_F(SessionScanCancel, Within_the_hold_counts_for_a_root_that_does_not_exist_
 }
 
 // What files a cancel inside the nth conversion of a time leaves behind: the file under way is
-// counted and shown, but not kept.
+// counted and shown, but not kept. Each is the first of its folder, where there is a conversion.
 TEST_F(SessionScanCancel, At_every_file_counts_that_file_and_does_not_keep_it) {
-  Paths paths = AddFiles(4);
-  paths.push_back(AddFile(u"sub\\a", 5));
-  paths.push_back(AddFile(u"sub\\b", 6));
+  Paths paths;
+  Text folder;
+  for (std::uint64_t size = 1; size <= 6; ++size, folder += u"sub\\") {
+    paths.push_back(AddFile(folder + u"a", size));
+  }
   for (std::uint64_t nth = 1; nth <= paths.size(); ++nth) {
     SCOPED_TRACE(nth);
     InsideCall(machine_, Call::kToLocalFileTime, nth,

@@ -106,7 +106,11 @@ TEST_F(SessionScan, The_current_path_is_the_last_file_seen_kept_or_not) {
 }
 
 TEST_F(SessionScan, Current_path_counters_and_rows_follow_every_file) {
-  const Paths paths = AddFiles(5);
+  Paths paths;
+  Text folder;
+  for (std::uint64_t size = 1; size <= 5; ++size, folder += u"sub\\") {
+    paths.push_back(AddFile(folder + u"a", size));
+  }
   std::size_t converted = 0;
   unsigned looks = 0;
   machine_.SetHook([&](const CallRecord& record) {
@@ -116,7 +120,7 @@ TEST_F(SessionScan, Current_path_counters_and_rows_follow_every_file) {
     EXPECT_EQ(PathsOf(ReadReport(session_)),
               Paths(paths.begin(), paths.begin() + static_cast<std::ptrdiff_t>(converted)));
     ++looks;
-    // A file is handed over once its time has been converted.
+    // The first file of a folder is handed over once its time has been converted.
     converted += record.call == Call::kToLocalFileTime;
   });
   EXPECT_EQ(session_.Scan(u"C:\\t"), QS_OK);

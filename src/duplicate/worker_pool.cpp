@@ -127,6 +127,19 @@ class Workers {
   std::vector<platform::ThreadHandle> threads_;
 };
 
+// The first item without a result, or their count; nothing when the stage was stopped meanwhile.
+std::optional<std::size_t> FirstDue(const ParallelStage& stage) {
+  constexpr std::size_t kItemsBetweenLooks = 256;
+  std::size_t first = 0;
+  while (first < stage.count && stage.is_done(first)) {
+    if (first % kItemsBetweenLooks == 0 && stage.should_stop()) {
+      return std::nullopt;
+    }
+    ++first;
+  }
+  return first;
+}
+
 }  // namespace
 
 StageEnd RunParallel(const ParallelStage& stage, std::size_t threads) {
@@ -136,7 +149,17 @@ StageEnd RunParallel(const ParallelStage& stage, std::size_t threads) {
   if (!stage.should_stop || !stage.work || !stage.progress) {
     return StageEnd::kStopped;
   }
+  // What has its result is passed over before there are workers: on a second scan that is
+  // everything.
+  const std::optional<std::size_t> first = FirstDue(stage);
+  if (!first) {
+    return StageEnd::kStopped;
+  }
+  if (*first == stage.count) {
+    return stage.should_stop() ? StageEnd::kStopped : StageEnd::kFinished;
+  }
   Run run(stage);
+  run.next_index = *first;
   Workers workers(run);
   workers.Start(std::max<std::size_t>(std::min(stage.count, threads), 1));
   workers.Join();

@@ -418,7 +418,7 @@ TEST_P(WorkerSweep, Survives_every_lack_of_memory_of_a_worker) {
 }
 
 const Start kCold = {{"cold"}, false, false, 100};
-const Start kWarm = {{"warm"}, true, false, 60};
+const Start kWarm = {{"warm"}, true, false, 50};
 const Start kPartlyWarm = {{"partly_warm"}, true, true, 75};
 
 INSTANTIATE_TEST_SUITE_P(All, Sweep, ::testing::Values(kCold, kWarm, kPartlyWarm),

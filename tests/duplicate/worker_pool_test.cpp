@@ -156,6 +156,41 @@ TEST(WorkerPool, Passes_over_items_that_are_done_and_does_not_show_them) {
   }
 }
 
+TEST(WorkerPool, Starts_no_thread_when_every_item_is_done) {
+  SimulatedWindows machine;
+  CountingStage stage(1000);
+  stage.done.assign(1000, 1);
+  EXPECT_EQ(stage.Run(2), StageEnd::kFinished);
+  EXPECT_EQ(machine.CallCount(Call::kStartThread), 0u);
+  EXPECT_EQ(stage.total_worked(), 0);
+  EXPECT_EQ(stage.shown_items().size(), 0u);
+}
+
+TEST(WorkerPool, Is_stopped_among_items_that_are_done_as_well) {
+  SimulatedWindows machine;
+  for (const int looks : {1, 2, 5}) {
+    CountingStage stage(1000);
+    stage.done.assign(1000, 1);
+    int left = looks;
+    stage.stop_asked = [&left] { return --left == 0; };
+    EXPECT_EQ(stage.Run(2), StageEnd::kStopped) << looks;
+  }
+  EXPECT_EQ(machine.CallCount(Call::kStartThread), 0u);
+}
+
+TEST(WorkerPool, Works_what_lies_behind_items_that_are_done) {
+  SimulatedWindows machine;
+  for (const std::size_t due : std::initializer_list<std::size_t>{0, 1, 255, 256, 257, 999}) {
+    CountingStage stage(1000);
+    stage.done.assign(1000, 1);
+    stage.done[due] = 0;
+    EXPECT_EQ(stage.Run(2), StageEnd::kFinished);
+    EXPECT_EQ(stage.total_worked(), 1) << due;
+    EXPECT_EQ(stage.worked[due], 1) << due;
+  }
+  EXPECT_EQ(machine.CallCount(Call::kStartThread), 12u);
+}
+
 struct MissingCase : support::NamedCase {
   void (*remove)(ParallelStage& stage);
 };

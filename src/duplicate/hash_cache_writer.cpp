@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -63,7 +62,7 @@ class CacheWriter {
   }
 
   void WriteBytes(const void* bytes, std::size_t size) {
-    std::memcpy(buffer_.get() + used_, bytes, size);
+    std::copy_n(static_cast<const unsigned char*>(bytes), size, buffer_.get() + used_);
     used_ += size;
   }
 

@@ -20,8 +20,8 @@ inline std::size_t CommonPrefixLength(TextView a, TextView b) {
   const std::size_t shorter = std::min(a.size(), b.size());
   std::size_t i = 0;
   for (; shorter - i >= kStep; i += kStep) {
-    std::uint64_t of_a;
-    std::uint64_t of_b;
+    std::uint64_t of_a = 0;
+    std::uint64_t of_b = 0;
     std::memcpy(&of_a, a.data() + i, sizeof(of_a));
     std::memcpy(&of_b, b.data() + i, sizeof(of_b));
     if (of_a != of_b) {

@@ -14,7 +14,7 @@ constexpr std::size_t kHashesLength = 2 * kHashTextLength + 1;
 constexpr std::string_view kDigits = "0123456789abcdef";
 
 // What each character counts as a digit; 255 for those that are none.
-constexpr std::array<std::uint8_t, 256> kDigitValues = [] {
+constexpr std::array<std::uint8_t, 256> kDigitValues = []() {
   std::array<std::uint8_t, 256> values = {};
   values.fill(255);
   for (std::size_t i = 0; i < kDigits.size(); ++i) {

@@ -24,22 +24,22 @@ HashCache::Index HashCache::Find(TextView key) {
   if (next_ < entries_.size() && IsSameText(entries_[next_].key, key)) {
     return next_++;
   }
-  const bool is_order_enough =
-      is_in_key_order_ && table_.empty() && searches_ * kEntriesPerSearch < entries_.size();
-  Index found = kNone;
-  if (is_order_enough) {
-    ++searches_;
-    found = SearchInOrder(key);
-  } else {
-    if (table_.size() < entries_.size() * 2) {
-      BuildTable(entries_.size());
-    }
-    found = table_.empty() ? kNone : table_[PlaceOf(key)];
-  }
+  const Index found = FindAnywhere(key);
   if (found != kNone) {
     next_ = found + 1;
   }
   return found;
+}
+
+HashCache::Index HashCache::FindAnywhere(TextView key) {
+  if (is_in_key_order_ && table_.empty() && searches_ * kEntriesPerSearch < entries_.size()) {
+    ++searches_;
+    return SearchInOrder(key);
+  }
+  if (table_.size() < entries_.size() * 2) {
+    BuildTable(entries_.size());
+  }
+  return table_.empty() ? kNone : table_[PlaceOf(key)];
 }
 
 HashCache::Index HashCache::SearchInOrder(TextView key) const {

@@ -56,6 +56,7 @@ class HashCache {
 
  private:
   Index Add(TextView key);
+  Index FindAnywhere(TextView key);
   Index SearchInOrder(TextView key) const;
   std::size_t PlaceOf(TextView key) const;
   void BuildTable(std::size_t size);

@@ -74,13 +74,22 @@ class CacheReader {
   std::size_t filled_ = 0;
 };
 
-// Makes one entry after the other of the bytes behind the reader's place. The texts hold until the
-// next entry.
+// The texts hold until the next entry is read.
+struct EntryFields {
+  Text key;
+  std::uint64_t size = 0;
+  std::uint64_t last_write = 0;
+  std::uint64_t confirmed_time = 0;
+  std::string_view sample;
+  std::string_view full_hash;
+};
+
+// Makes one entry after the other of the bytes behind the reader's place.
 class EntryReader {
  public:
   explicit EntryReader(CacheReader& reader) : reader_(reader) {}
 
-  bool Next() {
+  bool Next(EntryFields& entry) {
     std::size_t offset = 0;
     const auto key_length = Length(offset, kMaxPathLength);
     if (!key_length) {
@@ -107,23 +116,17 @@ class EntryReader {
       return false;
     }
     // A key may lie at an odd place, where no text can be looked at.
-    key.resize(*key_length);
-    std::memcpy(key.data(), bytes + key_at, key_bytes);
-    size = LoadLittleEndian<std::uint64_t>(bytes + numbers_at);
-    last_write = LoadLittleEndian<std::uint64_t>(bytes + numbers_at + sizeof(size));
-    confirmed_time = LoadLittleEndian<std::uint64_t>(bytes + numbers_at + 2 * sizeof(size));
-    sample = {reinterpret_cast<const char*>(bytes) + sample_at, *sample_length};
-    full_hash = {reinterpret_cast<const char*>(bytes) + hash_at, *hash_length};
+    entry.key.resize(*key_length);
+    std::memcpy(entry.key.data(), bytes + key_at, key_bytes);
+    constexpr std::size_t kNumber = sizeof(std::uint64_t);
+    entry.size = LoadLittleEndian<std::uint64_t>(bytes + numbers_at);
+    entry.last_write = LoadLittleEndian<std::uint64_t>(bytes + numbers_at + kNumber);
+    entry.confirmed_time = LoadLittleEndian<std::uint64_t>(bytes + numbers_at + 2 * kNumber);
+    entry.sample = {reinterpret_cast<const char*>(bytes) + sample_at, *sample_length};
+    entry.full_hash = {reinterpret_cast<const char*>(bytes) + hash_at, *hash_length};
     reader_.Skip(offset);
     return true;
   }
-
-  Text key;
-  std::uint64_t size = 0;
-  std::uint64_t last_write = 0;
-  std::uint64_t confirmed_time = 0;
-  std::string_view sample;
-  std::string_view full_hash;
 
  private:
   // A length that is within its limit; `offset` moves behind it.
@@ -141,12 +144,12 @@ class EntryReader {
 };
 
 // An entry from the future means that the clock was set back: its age is unknown.
-bool StillHolds(const EntryReader& entry, std::uint64_t now) {
+bool StillHolds(const EntryFields& entry, std::uint64_t now) {
   return entry.confirmed_time <= now && now - entry.confirmed_time <= kLifetime &&
          !entry.sample.empty();
 }
 
-void PutEntry(HashCache& cache, const EntryReader& fields) {
+void PutEntry(HashCache& cache, const EntryFields& fields) {
   CacheEntry& entry = cache[cache.FindOrAdd(fields.key)];
   entry.size = fields.size;
   entry.last_write = fields.last_write;
@@ -174,9 +177,10 @@ std::optional<HashCache> ReadEntries(CacheReader& reader, std::uint64_t now,
     return std::nullopt;
   }
   HashCache cache;
-  EntryReader entry(reader);
+  EntryReader entries(reader);
+  EntryFields entry;
   for (std::uint32_t i = 0; i < *count; ++i) {
-    if (IsCancelRequested(cancel) || !entry.Next()) {
+    if (IsCancelRequested(cancel) || !entries.Next(entry)) {
       return std::nullopt;
     }
     if (StillHolds(entry, now)) {

@@ -151,8 +151,8 @@ qs_status EnumerateFiles(const Text& root, const FileWalkOptions& options,
   };
   Receiver receiver = {callback, user};
   const auto hand_on = [](void* to, const WalkedFile& file) {
-    const auto& [called, its_user] = *static_cast<const Receiver*>(to);
-    called(its_user, file.path.data(), file.size, file.last_write, file.name.data());
+    const auto& given = *static_cast<const Receiver*>(to);
+    given.callback(given.user, file.path.data(), file.size, file.last_write, file.name.data());
   };
   return VisitFiles(root, options, hand_on, &receiver);
 }

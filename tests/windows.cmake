@@ -7,14 +7,17 @@ add_subdirectory(${QUASTEL_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FR
 
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
+# Tests are compiled often and run once.
+set(QUASTEL_TEST_OPTIONS $<IF:$<BOOL:${MSVC}>,/Od,-O0>)
+target_compile_options(gtest PRIVATE ${QUASTEL_TEST_OPTIONS})
+
 # One executable, one process, one CTest entry.
 function(quastel_windows_test name)
   add_executable(${name} ${ARGN})
   target_link_libraries(${name} PRIVATE GTest::gtest_main)
   quastel_compile_options(${name})
   quastel_windows_link_options(${name})
-  # Tests are compiled often and run once.
-  target_compile_options(${name} PRIVATE $<IF:$<BOOL:${MSVC}>,/Od,-O0>)
+  target_compile_options(${name} PRIVATE ${QUASTEL_TEST_OPTIONS})
   add_test(NAME ${name} COMMAND ${name})
   # Wine's server has one processor: two programs at a time would only wait for each other.
   set_tests_properties(${name} PROPERTIES TIMEOUT 600 RESOURCE_LOCK wine)

@@ -6,6 +6,7 @@ function(quastel_windows_stress name)
   target_link_libraries(${name} PRIVATE quastel_core)
   quastel_compile_options(${name})
   quastel_windows_link_options(${name})
+  target_compile_options(${name} PRIVATE ${QUASTEL_TEST_OPTIONS})
 endfunction()
 
 quastel_windows_stress(long_run

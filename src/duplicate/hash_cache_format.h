@@ -24,10 +24,10 @@ inline constexpr std::uint32_t kMaxPathLength = 32'767;
 inline constexpr std::uint32_t kMaxSampleLength = 300;
 inline constexpr std::uint32_t kMaxHashLength = 8;
 
-// The bytes of an entry whose texts are as long as they may be.
-inline constexpr std::size_t kLongestEntry = 3 * sizeof(std::uint32_t) + 3 * sizeof(std::uint64_t) +
-                                             kMaxPathLength * sizeof(Char) + kMaxSampleLength +
-                                             kMaxHashLength;
+// The bytes of an entry whose texts are empty, and of one whose texts are as long as they may be.
+inline constexpr std::size_t kEmptyEntry = 3 * sizeof(std::uint32_t) + 3 * sizeof(std::uint64_t);
+inline constexpr std::size_t kLongestEntry =
+    kEmptyEntry + kMaxPathLength * sizeof(Char) + kMaxSampleLength + kMaxHashLength;
 
 // 72 hours in 100-nanosecond units: how long an entry holds after it was last confirmed.
 inline constexpr std::uint64_t kLifetime = 2'592'000'000'000;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <memory>
 #include <utility>
 #include <vector>
 
@@ -23,16 +22,15 @@ namespace {
 class CacheWriter {
  public:
   explicit CacheWriter(const platform::FileHandle& file)
-      : file_(file),
-        buffer_(std::make_unique_for_overwrite<unsigned char[]>(kFlushSize + kLongestEntry)) {}
+      : file_(file), buffer_(kFlushSize + kLongestEntry) {}
 
   void WriteHeader(std::uint32_t entries) {
     WriteBytes(kCacheMagic.data(), kCacheMagic.size());
     WriteInteger(entries);
   }
 
-  // There is room for it: the buffer was flushed when it was full.
   void WriteEntry(const CacheEntry& entry) {
+    MakeRoomFor(entry);
     WriteInteger(static_cast<std::uint32_t>(entry.key.size()));
     WriteBytes(entry.key.data(), entry.key.size() * sizeof(Char));
     WriteInteger(entry.size);
@@ -47,7 +45,7 @@ class CacheWriter {
 
   bool Flush() {
     const auto size = static_cast<std::uint32_t>(used_);
-    const auto written = platform::WriteTo(file_, buffer_.get(), size);
+    const auto written = platform::WriteTo(file_, buffer_.data(), size);
     used_ = 0;
     return written.ok() && written.value() == size;
   }
@@ -55,26 +53,36 @@ class CacheWriter {
  private:
   static constexpr std::size_t kFlushSize = std::size_t{64} * 1024;
 
+  // There is room for every entry that the reader takes. Nothing keeps a caller's from being
+  // longer.
+  void MakeRoomFor(const CacheEntry& entry) {
+    const std::size_t needed = used_ + kEmptyEntry + entry.key.size() * sizeof(Char) +
+                               entry.sample.size() + entry.full_hash.size();
+    if (needed > buffer_.size()) {
+      buffer_.resize(needed);
+    }
+  }
+
   template <typename T>
   void WriteInteger(T value) {
-    StoreLittleEndian(value, buffer_.get() + used_);
+    StoreLittleEndian(value, buffer_.data() + used_);
     used_ += sizeof(T);
   }
 
   void WriteBytes(const void* bytes, std::size_t size) {
-    std::copy_n(static_cast<const unsigned char*>(bytes), size, buffer_.get() + used_);
+    std::copy_n(static_cast<const unsigned char*>(bytes), size, buffer_.data() + used_);
     used_ += size;
   }
 
   // With its length in front.
   void WriteDigest(const DigestText& digest) {
     WriteInteger(static_cast<std::uint32_t>(digest.size()));
-    digest.CopyTo(reinterpret_cast<char*>(buffer_.get()) + used_);
+    digest.CopyTo(reinterpret_cast<char*>(buffer_.data()) + used_);
     used_ += digest.size();
   }
 
   const platform::FileHandle& file_;
-  const std::unique_ptr<unsigned char[]> buffer_;
+  std::vector<unsigned char> buffer_;
   std::size_t used_ = 0;
 };
 

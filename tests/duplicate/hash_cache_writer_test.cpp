@@ -142,6 +142,20 @@ TEST_F(CacheWriter, Entries_are_in_the_order_of_their_code_units) {
                  .text);
 }
 
+// What no path and no hash is long enough for: the file is not one to be read, but nothing is
+// written beside it or past the memory that was taken for it.
+TEST_F(CacheWriter, Entries_longer_than_any_that_is_read_are_written_whole) {
+  for (const std::size_t length :
+       std::initializer_list<std::size_t>{32'767, 32'768, 70'000, 500'000}) {
+    CacheMap cache = NumberedEntries(1'500);
+    cache[Text(length, Char{'a'})] = EntryOf(std::string(60'000, 's'), std::string(60'000, 'h'));
+    cache[Text(length, Char{'d'})] = EntryOf(std::string(300, 's'), "78563412");
+    Save(cache);
+    ExpectFile(FileOf(cache));
+    EXPECT_TRUE(Load().empty());
+  }
+}
+
 TEST_F(CacheWriter, Entries_are_written_as_they_are_expired_or_not) {
   CacheMap cache;
   cache[u"c:\\old"] = EntryOf("s");

@@ -38,6 +38,11 @@ inline bool IsSameText(TextView a, TextView b) {
   return a.size() == b.size() && CommonPrefixLength(a, b) == a.size();
 }
 
+inline bool EndsInText(TextView text, TextView ending) {
+  return text.size() >= ending.size() &&
+         IsSameText(text.substr(text.size() - ending.size()), ending);
+}
+
 // In plain order of the units, the shorter text first.
 inline bool ComesBefore(TextView a, TextView b) {
   const std::size_t same = CommonPrefixLength(a, b);

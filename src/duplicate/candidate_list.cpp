@@ -14,8 +14,7 @@ void CandidateList::Add(TextView path, TextView name, std::uint64_t size,
   if (candidates_.size() == std::numeric_limits<CandidateIndex>::max()) {
     throw std::length_error("more files than an index can name");
   }
-  const bool is_odd =
-      path.size() < name.size() || !IsSameText(path.substr(path.size() - name.size()), name);
+  const bool is_odd = !EndsInText(path, name);
   const TextView leaf = is_odd ? quastel::LeafOf(path) : name;
   if (is_odd) {
     odd_names_.emplace(static_cast<CandidateIndex>(candidates_.size()), texts_.Keep(name));

@@ -1,19 +1,19 @@
 #include "duplicate/duplicate_rows.h"
 
+#include "duplicate/sample.h"
 #include "scan/product_scan.h"
 
 namespace quastel::duplicate {
 namespace {
 
-// As SampleGroupKey and HashGroupKey make it, in one text.
+// SampleGroupKey, and HashGroupKey where there is a hash, without a text for each part.
 void PutGroupKey(std::int64_t size, const DigestText& sample, const DigestText& full_hash,
                  std::string& key) {
-  key = std::to_string(size);
-  for (const DigestText* part : {&sample, &full_hash}) {
-    if (!part->empty()) {
-      key += ' ';
-      part->AppendTo(key);
-    }
+  key = SampleGroupKey(size, {});
+  sample.AppendTo(key);
+  if (!full_hash.empty()) {
+    key += ' ';
+    full_hash.AppendTo(key);
   }
 }
 

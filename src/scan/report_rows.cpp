@@ -11,11 +11,9 @@ void ReportRows::Append(const ReportRow& row, std::uint64_t item_id) {
   StoredRow stored = {numbers, {}, {}, {}, {}};
   stored.item_id = item_id;
   stored.path = texts_.Keep(TextView(row.path));
-  const bool ends_in_name =
-      stored.path.size() >= row.name.size() &&
-      IsSameText(stored.path.substr(stored.path.size() - row.name.size()), row.name);
-  stored.name = ends_in_name ? stored.path.substr(stored.path.size() - row.name.size())
-                             : texts_.Keep(TextView(row.name));
+  stored.name = EndsInText(stored.path, row.name)
+                    ? stored.path.substr(stored.path.size() - row.name.size())
+                    : texts_.Keep(TextView(row.name));
   const StoredRow* const last = rows_.empty() ? nullptr : &rows_.back();
   if (IsSameText(row.title, row.name)) {
     stored.title = stored.name;

@@ -43,6 +43,17 @@ TEST(CommonPrefix, A_text_is_itself_wherever_it_lies_and_not_before_itself) {
   EXPECT_FALSE(ComesBefore({}, {}));
 }
 
+TEST(CommonPrefix, A_text_ends_in_each_of_its_endings_and_in_nothing_else) {
+  const Text text = u"0123456789";
+  for (std::size_t length = 0; length <= text.size(); ++length) {
+    EXPECT_TRUE(EndsInText(text, TextView(text).substr(length))) << length;
+    EXPECT_EQ(EndsInText(text, TextView(text).substr(0, length)), length == 0 || length == 10);
+  }
+  EXPECT_FALSE(EndsInText(text, u"x0123456789"));
+  EXPECT_FALSE(EndsInText({}, u"0"));
+  EXPECT_TRUE(EndsInText({}, {}));
+}
+
 TEST(CommonPrefix, Both_bytes_of_a_unit_count) {
   EXPECT_EQ(CommonPrefixLength(u"aaaa\u0161", u"aaaa\u0061"), 4u);
   EXPECT_TRUE(ComesBefore(u"aaa\u00FF", u"aaa\u0100"));

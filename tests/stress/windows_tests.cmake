@@ -1,12 +1,12 @@
 # Programs that run for long; the tests run them for a short while, and scripts/long_run.sh and
 # scripts/kill_test.sh for as long as it takes.
 
+# Optimised, unlike the tests: what they look at after each round would take ten times as long.
 function(quastel_windows_stress name)
   add_executable(${name} ${ARGN})
   target_link_libraries(${name} PRIVATE quastel_core)
   quastel_compile_options(${name})
   quastel_windows_link_options(${name})
-  target_compile_options(${name} PRIVATE ${QUASTEL_TEST_OPTIONS})
 endfunction()
 
 quastel_windows_stress(long_run

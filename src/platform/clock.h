@@ -22,7 +22,7 @@ struct CalendarTime {
 };
 static_assert(sizeof(CalendarTime) == 16);
 
-// FileTimeToLocalFileTime.
+// FileTimeToLocalFileTime: by the difference that there is now, whatever time is converted.
 Result<std::uint64_t> ToLocalFileTime(std::uint64_t utc) noexcept;
 
 // FileTimeToSystemTime; the part below a millisecond is lost.

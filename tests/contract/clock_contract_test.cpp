@@ -126,6 +126,20 @@ TEST(ClockContract, Local_time_is_whole_minutes_away_from_UTC) {
   EXPECT_EQ(ToLocalFileTime(kMoment + 123).value(), local.value() + 123);
 }
 
+// A walk asks for the difference once and adds it to other times.
+TEST(ClockContract, Local_time_is_away_from_UTC_by_the_same_in_all_seasons_and_centuries) {
+  const Machine machine;
+  constexpr std::uint64_t kMoment = 133'000'000'000'000'007;
+  const std::uint64_t difference = ToLocalFileTime(kMoment).value() - kMoment;
+  for (std::uint64_t day = 0; day < 366; ++day) {
+    const std::uint64_t time = kMoment + day * kDay;
+    EXPECT_EQ(ToLocalFileTime(time).value() - time, difference) << day;
+  }
+  for (const std::uint64_t time : {kDay, kMoment / 2, kMoment * 10, kTopBit - kDay - 1}) {
+    EXPECT_EQ(ToLocalFileTime(time).value() - time, difference) << time;
+  }
+}
+
 TEST(ClockContract, No_clock_goes_back_and_a_sleep_moves_all_three) {
   const Machine machine;
   const std::uint64_t file_time = platform::SystemFileTime();

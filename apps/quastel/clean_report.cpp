@@ -11,7 +11,6 @@ namespace quastel::client {
 namespace {
 
 constexpr std::size_t kOutcomeColumn = 14;
-constexpr std::size_t kSizeColumn = 10;
 
 bool IsRecycling(const CleanReport& report) {
   return report.options.mode == CleanMode::kRecycle;
@@ -98,7 +97,7 @@ std::string OutcomeLine(const CleanReport& report, std::size_t i) {
     c = c == '_' ? ' ' : c;
   }
   std::string line = PadRight(word, kOutcomeColumn) +
-                     PadLeft(HumanSize(static_cast<std::uint64_t>(file.size)), kSizeColumn) + "  " +
+                     PadLeft(HumanSize(static_cast<std::uint64_t>(file.size)), kSizeWidth) + "  " +
                      ShownPath(file.path);
   if (result.obstacle) {
     line += std::string(": ") + ObstacleSentence(*result.obstacle);

@@ -2,8 +2,7 @@
 
 #include <windows.h>
 
-#include <array>
-#include <string>
+#include "environment.h"
 
 namespace quastel::client {
 namespace {
@@ -12,15 +11,8 @@ constexpr WORD kForeground =
     FOREGROUND_RED | FOREGROUND_GREEN | FOREGROUND_BLUE | FOREGROUND_INTENSITY;
 constexpr unsigned kBackgroundShift = 4;
 
-// Empty where it is not set, or longer than any value that matters.
-std::wstring Variable(const wchar_t* name) {
-  std::array<wchar_t, 16> value = {};
-  const DWORD length = GetEnvironmentVariableW(name, value.data(), 16);
-  return length < value.size() ? std::wstring(value.data(), length) : std::wstring(L"...");
-}
-
 bool IsWanted() {
-  return Variable(L"NO_COLOR").empty() && Variable(L"TERM") != L"dumb";
+  return EnvironmentVariable(L"NO_COLOR").empty() && EnvironmentVariable(L"TERM") != L"dumb";
 }
 
 WORD Foreground(Tone tone) {

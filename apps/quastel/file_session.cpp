@@ -2,25 +2,17 @@
 
 #include <utility>
 
-#include "status_text.h"
-#include "user_error.h"
+#include "library_call.h"
 
 namespace quastel::client {
 namespace {
 
 constexpr std::size_t kFirstCapacity = 512;
 
-// For calls that cannot fail while the handle is good: if one does, going on would show wrong data.
-void Require(qs_status status, const char* call) {
-  if (status != QS_OK) {
-    throw UserError(ExitCode::kError, std::string(call) + ": " + StatusSentence(status));
-  }
-}
-
 }  // namespace
 
 FileSession::FileSession() {
-  Require(qs_session_create(&handle_), "qs_session_create");
+  RequireOk(qs_session_create(&handle_), "qs_session_create");
 }
 
 FileSession::~FileSession() {
@@ -58,13 +50,13 @@ qs_status FileSession::Finish() {
 
 qs_session_scan_status FileSession::PollScan() const {
   qs_session_scan_status status = {};
-  Require(qs_session_poll_scan(handle_, &status), "qs_session_poll_scan");
+  RequireOk(qs_session_poll_scan(handle_, &status), "qs_session_poll_scan");
   return status;
 }
 
 qs_session_clean_status FileSession::PollClean() const {
   qs_session_clean_status status = {};
-  Require(qs_session_poll_clean(handle_, &status), "qs_session_poll_clean");
+  RequireOk(qs_session_poll_clean(handle_, &status), "qs_session_poll_clean");
   return status;
 }
 
@@ -79,7 +71,7 @@ std::wstring FileSession::CurrentPath() const {
       return text;
     }
     if (status != QS_BUFFER_TOO_SMALL) {
-      Require(status, "qs_session_scan_current_path");
+      RequireOk(status, "qs_session_scan_current_path");
     }
     // The path changes while the scan runs, so a longer one may have come by the next call.
     text.resize(static_cast<std::size_t>(needed));
@@ -88,7 +80,7 @@ std::wstring FileSession::CurrentPath() const {
 
 std::uint64_t FileSession::RowCount() const {
   std::uint64_t count = 0;
-  Require(qs_session_report_count(handle_, &count), "qs_session_report_count");
+  RequireOk(qs_session_report_count(handle_, &count), "qs_session_report_count");
   return count;
 }
 
@@ -109,7 +101,7 @@ SessionFile FileSession::Row(std::uint64_t index) const {
     file.name.resize(static_cast<std::size_t>(name_needed));
     status = read();
   }
-  Require(status, "qs_session_report_row");
+  RequireOk(status, "qs_session_report_row");
   file.path.resize(static_cast<std::size_t>(path_needed - 1));
   file.name.resize(static_cast<std::size_t>(name_needed - 1));
   return file;

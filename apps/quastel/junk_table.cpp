@@ -14,9 +14,6 @@
 namespace quastel::client {
 namespace {
 
-constexpr std::size_t kSizeWidth = 10;
-constexpr std::size_t kTimeWidth = 16;
-constexpr std::string_view kGap = "  ";
 constexpr std::string_view kFilesTitle = "Files";
 
 struct Line {

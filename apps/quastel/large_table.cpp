@@ -12,10 +12,6 @@
 namespace quastel::client {
 namespace {
 
-constexpr std::size_t kSizeWidth = 10;
-constexpr std::size_t kTimeWidth = 16;
-constexpr std::string_view kGap = "  ";
-
 // Category titles are the library's own, in ASCII: a byte is a column.
 std::size_t CategoryWidth(const Report& report) {
   std::size_t width = std::string_view("Category").size();

@@ -15,8 +15,6 @@ namespace quastel::client {
 namespace {
 
 constexpr std::size_t kIndexColumn = 7;
-constexpr std::size_t kSizeColumn = 10;
-constexpr std::size_t kTimeColumn = 16;
 
 std::size_t ListedRows(const ListReport& report) {
   const std::size_t count = report.rows.size();
@@ -31,8 +29,8 @@ const char* ModeWord(std::uint32_t mode) {
 
 // A row up to its path.
 std::string Front(const std::string& index, const std::string& size, const std::string& modified) {
-  return PadLeft(index, kIndexColumn) + "  " + PadLeft(size, kSizeColumn) + "  " +
-         PadRight(modified, kTimeColumn) + "  ";
+  return PadLeft(index, kIndexColumn) + "  " + PadLeft(size, kSizeWidth) + "  " +
+         PadRight(modified, kTimeWidth) + "  ";
 }
 
 Json ModifiedJson(const SessionFile& file) {
@@ -93,7 +91,7 @@ void WriteClean(const ListReport& report, OutputStream& out) {
   for (const std::uint64_t index : report.options.clean) {
     const SessionFile& file = report.rows[static_cast<std::size_t>(index)];
     out.Write(PadRight(file.numbers.deleted != 0 ? "deleted" : "left alone", 12) +
-              PadLeft(HumanSize(file.numbers.size), kSizeColumn) + "  " + ShownPath(file.path) +
+              PadLeft(HumanSize(file.numbers.size), kSizeWidth) + "  " + ShownPath(file.path) +
               "\n");
   }
   out.Write("\n" + GroupedNumber(report.clean_processed) + " of " +

@@ -12,7 +12,7 @@
 namespace quastel::client {
 namespace {
 
-constexpr std::size_t kFlushAt = std::size_t{1} << 20;
+constexpr std::size_t kWriteAt = std::size_t{1} << 20;
 
 // A colon behind that of the drive would name a stream of another file.
 bool NamesAStream(const std::wstring& path) {
@@ -84,7 +84,7 @@ NewFile::~NewFile() {
 
 void NewFile::Write(std::string_view bytes) {
   pending_.append(bytes);
-  if (pending_.size() >= kFlushAt) {
+  if (pending_.size() >= kWriteAt) {
     Flush();
   }
 }

@@ -1,23 +1,14 @@
 #include "product_scan.h"
 
-#include <string>
 #include <utility>
 
-#include "status_text.h"
-#include "user_error.h"
+#include "library_call.h"
 
 namespace quastel::client {
 namespace {
 
 constexpr std::size_t kFirstPathCapacity = 512;
 constexpr std::size_t kFirstNameCapacity = 128;
-
-// For calls that cannot fail while the handle is good: if one does, going on would show wrong data.
-void Require(qs_status status, const char* call) {
-  if (status != QS_OK) {
-    throw UserError(ExitCode::kError, std::string(call) + ": " + StatusSentence(status));
-  }
-}
 
 void Grow(std::vector<qs_char>& buffer, std::uint64_t needed) {
   if (buffer.size() < needed) {
@@ -28,7 +19,7 @@ void Grow(std::vector<qs_char>& buffer, std::uint64_t needed) {
 }  // namespace
 
 ProductScan::ProductScan() {
-  Require(qs_product_scan_create(&handle_), "qs_product_scan_create");
+  RequireOk(qs_product_scan_create(&handle_), "qs_product_scan_create");
 }
 
 ProductScan::~ProductScan() {
@@ -71,14 +62,14 @@ void ProductScan::Cancel() {
 
 qs_product_scan_status ProductScan::Poll() const {
   qs_product_scan_status status = {};
-  Require(qs_product_scan_poll(handle_, &status), "qs_product_scan_poll");
+  RequireOk(qs_product_scan_poll(handle_, &status), "qs_product_scan_poll");
   return status;
 }
 
 qs_product_scan_performance ProductScan::Performance() const {
   qs_product_scan_performance performance = {};
   performance.size = static_cast<std::uint32_t>(sizeof performance);
-  Require(qs_product_scan_get_performance(handle_, &performance),
+  RequireOk(qs_product_scan_get_performance(handle_, &performance),
           "qs_product_scan_get_performance");
   return performance;
 }
@@ -95,7 +86,7 @@ void ProductScan::ReadCurrentPath(std::wstring& text) const {
       return;
     }
     if (status != QS_BUFFER_TOO_SMALL) {
-      Require(status, "qs_product_scan_current_path");
+      RequireOk(status, "qs_product_scan_current_path");
     }
     // The path changes while the scan runs, so a longer one may have come by the next call.
     text.resize(static_cast<std::size_t>(needed));
@@ -104,13 +95,13 @@ void ProductScan::ReadCurrentPath(std::wstring& text) const {
 
 std::uint64_t ProductScan::RowCount() const {
   std::uint64_t count = 0;
-  Require(qs_product_scan_report_count(handle_, &count), "qs_product_scan_report_count");
+  RequireOk(qs_product_scan_report_count(handle_, &count), "qs_product_scan_report_count");
   return count;
 }
 
 std::uint64_t ProductScan::ParentGroupId(std::uint64_t index) const {
   std::uint64_t id = 0;
-  Require(qs_product_scan_report_row_parent_group_id(handle_, index, &id),
+  RequireOk(qs_product_scan_report_row_parent_group_id(handle_, index, &id),
           "qs_product_scan_report_row_parent_group_id");
   return id;
 }
@@ -142,7 +133,7 @@ void RowReader::Read(std::uint64_t index, ScanRow& row) {
     Grow(location_, location_needed);
     status = read();
   }
-  Require(status, "qs_product_scan_report_row");
+  RequireOk(status, "qs_product_scan_report_row");
   row.path.assign(path_.data(), static_cast<std::size_t>(path_needed - 1));
   row.name.assign(name_.data(), static_cast<std::size_t>(name_needed - 1));
   row.title.assign(title_.data(), static_cast<std::size_t>(title_needed - 1));

@@ -1,7 +1,6 @@
 #include "protected_folders.h"
 
-#include <windows.h>
-
+#include "environment.h"
 #include "path_text.h"
 #include "text.h"
 #include "user_error.h"
@@ -11,23 +10,9 @@ namespace {
 
 constexpr const wchar_t* kProfile = L"USERPROFILE";
 
-std::wstring Variable(const wchar_t* name) {
-  std::wstring value(MAX_PATH, L'\0');
-  for (;;) {
-    // Answers the length without the terminator, or the size that it needs with it.
-    const DWORD length =
-        GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size()));
-    if (length < value.size()) {
-      value.resize(length);
-      return value;
-    }
-    value.resize(length);
-  }
-}
-
 std::wstring RequiredVariable(const wchar_t* name, const std::string& consequence,
                               const std::string& hint) {
-  std::wstring value = Variable(name);
+  std::wstring value = EnvironmentVariable(name);
   if (value.empty()) {
     throw UserError(ExitCode::kError,
                     "the environment variable " + ToUtf8(name) + " is not set, " + consequence,
@@ -63,7 +48,7 @@ std::wstring WithSeparator(std::wstring folder) {
 }
 
 std::wstring ProfileFromEnvironment() {
-  return Variable(kProfile);
+  return EnvironmentVariable(kProfile);
 }
 
 }  // namespace quastel::client

@@ -20,6 +20,10 @@ struct TableParts {
 void WriteTable(const Report& report, const TableParts& parts, OutputStream& out);
 
 // For the commands' own parts.
+// Columns that most tables have, and what stands between two.
+inline constexpr std::size_t kSizeWidth = 10;
+inline constexpr std::size_t kTimeWidth = 16;
+inline constexpr std::string_view kGap = "  ";
 // The last line of a scan that did not get to its end.
 void WriteEarlyEnd(qs_status status, OutputStream& out);
 std::string ShownPath(const std::wstring& path);

@@ -16,8 +16,7 @@
 namespace quastel::client {
 namespace {
 
-constexpr std::size_t kCountWidth = 9;
-constexpr std::size_t kSizeWidth = 10;
+constexpr std::size_t kFilesWidth = 9;
 
 std::wstring LeafOf(const std::wstring& path) {
   return path.substr(path.find_last_of(L"\\/") + 1);
@@ -131,7 +130,7 @@ void WriteRule(const RulesReport& report, std::size_t i, OutputStream& out) {
             ToUtf8(Printable(Summary(rule, outcome))) + "\n");
   const auto place = [&out](std::string_view files, std::string_view size,
                             const std::string& path) {
-    out.Write("  " + PadLeft(files, kCountWidth) + "  " + PadLeft(size, kSizeWidth) + "  " + path +
+    out.Write("  " + PadLeft(files, kFilesWidth) + "  " + PadLeft(size, kSizeWidth) + "  " + path +
               "\n");
   };
   if (!outcome.exists) {

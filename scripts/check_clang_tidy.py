@@ -10,7 +10,7 @@ what passed is kept in BUILD.
 Nearly all of the time goes into the headers of other libraries, once for each source that includes
 them. So several sources are looked at as one, in a file that includes them. Only the analysis of
 paths, which leaves out what is included, and a check that takes what is included for a header look
-at each alone. Where there is anything to complain about, all checks look at each source alone, and
+at each alone. Where there is anything to complain about, all checks look at that source alone, and
 what is found then counts. (Two sources may have a name of their own in common, which is nothing to
 complain about.)
 """
@@ -26,9 +26,10 @@ import sys
 from pathlib import Path
 
 JOBS = 2
-JOINED = 14  # At most; the tool keeps in memory all that one file includes.
+JOINED = 20  # At most; the tool keeps in memory all that one file includes.
 INCLUDE = re.compile(rb'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
-FINDING = re.compile(r"^(?=\S+:\d+:\d+: (?:warning|error): )", re.MULTILINE)
+LIBRARY = re.compile(rb"^\s*#\s*include\s*<[^>]+/", re.MULTILINE)
+FINDING = re.compile(r"^(?=(\S+):\d+:\d+: (?:warning|error): )", re.MULTILINE)
 EACH_ALONE = ("clang-analyzer-*", "google-global-names-in-headers")
 COUNTS = re.compile(r"^(\d+ warnings?|Suppressed|Use -header-filter|.*treated as errors?$)")
 
@@ -88,17 +89,24 @@ class Contents:
             files = [next((p for p in (folder / name for folder in nearby) if p.is_file()), None)
                      for name in names]
             self.known[path] = (hashlib.sha256(data).hexdigest(),
-                                [p.resolve() for p in files if p is not None])
+                                [p.resolve() for p in files if p is not None],
+                                LIBRARY.search(data) is not None)
         return self.known[path]
 
-    def digests(self, path):
+    def all_of(self, path):
         todo, seen = [path], {}
         while todo:
             each = todo.pop()
             if each not in seen:
-                seen[each], more = self.included(each)
-                todo += more
-        return sorted(seen.values())
+                seen[each] = self.included(each)
+                todo += seen[each][1]
+        return seen.values()
+
+    def digests(self, path):
+        return sorted(digest for digest, _, _ in self.all_of(path))
+
+    def includes_a_library(self, path):
+        return any(library for _, _, library in self.all_of(path))
 
 
 def tidy(tool, build, path, options):
@@ -111,6 +119,12 @@ def tidy(tool, build, path, options):
     return ""
 
 
+def findings_in(answer):
+    ends = sorted({0, len(answer), *(match.start() for match in FINDING.finditer(answer))})
+    parts = (answer[start:end].rstrip() for start, end in zip(ends, ends[1:]))
+    return [part for part in parts if part]
+
+
 def command_without_source(path, command):
     """What has to be equal for two sources to be looked at as one."""
     words = shlex.split(command)
@@ -119,26 +133,38 @@ def command_without_source(path, command):
     return tuple(word for word in words if word != "-c" and Path(word).name != path.name)
 
 
-def joined(folder, items):
-    """Files that include several of the sources each, with a list of commands for them in FOLDER."""
+def groups(contents, items):
+    """Sources to be looked at as one, and what they are compiled with: those with equal commands,
+    and of these the ones that include headers of other libraries for themselves."""
     alike = {}
     for path, command in items:
-        alike.setdefault(command_without_source(path, command), []).append(path)
-    shutil.rmtree(folder, ignore_errors=True)
-    folder.mkdir(parents=True)
-    commands, files = [], {}
-    for words, paths in alike.items():
+        key = command_without_source(path, command), contents.includes_a_library(path)
+        alike.setdefault(key, []).append(path)
+    for (words, _), paths in alike.items():
         count = -(-len(paths) // JOINED)
         for part in (paths[i::count] for i in range(count)):
-            file = folder / f"sources_{len(files)}.cpp"
-            file.write_text("".join(
-                f'#include "{path}"  // NOLINT(bugprone-suspicious-include)\n' for path in part),
-                encoding="utf-8")
-            files[file] = part
-            commands.append({"directory": str(folder), "file": str(file),
-                             "command": shlex.join([*words, "-c", str(file)])})
-    (folder / "compile_commands.json").write_text(json.dumps(commands), encoding="utf-8")
-    return files
+            yield words, part
+
+
+def complaint_of_joined(tool, folder, words, paths, options):
+    """Those of the sources that there may be something to complain about."""
+    name = hashlib.sha256("\0".join(map(str, paths)).encode()).hexdigest()[:16]
+    file = folder / f"{name}.cpp"
+    file.write_text("".join(
+        f'#include "{path}"  // NOLINT(bugprone-suspicious-include)\n' for path in paths),
+        encoding="utf-8")
+    done = output_of([tool, "--quiet", *options, "--checks=-" + ",-".join(EACH_ALONE), str(file),
+                      "--", *words[1:]])
+    if done.returncode == 0 and ": warning: " not in done.stdout:
+        return set()
+    # Where two have a name of their own in common, the second only is in the way of the others.
+    named = set(FINDING.findall(done.stdout))
+    second = [path for path in paths if str(path) in named]
+    rest = [path for path in paths if str(path) not in named]
+    if not second or not rest:
+        return set(paths)
+    return (complaint_of_joined(tool, folder, words, rest, options) |
+            complaint_of_joined(tool, folder, words, second, options))
 
 
 def check(root, build, folders):
@@ -160,7 +186,9 @@ def check(root, build, folders):
     due = [(path, command) for path, command in chosen if keys[path] not in passed]
 
     compilers = {path: shlex.split(command)[0] for path, command in due}
-    files = joined(build / f"{memory.stem}_now", due)
+    folder = build / f"{memory.stem}_now"
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
 
     def alone(path, *checks):
         return tidy(tool, build, path, options[compilers[path]] + list(checks))
@@ -168,22 +196,19 @@ def check(root, build, folders):
     def analysed(path):
         return alone(path, "--checks=-*," + ",".join(EACH_ALONE))
 
-    def together(file):
-        return tidy(tool, file.parent, file,
-                    options[compilers[files[file][0]]] +
-                    ["--checks=-" + ",-".join(EACH_ALONE)])
+    def together(group):
+        words, paths = group
+        return complaint_of_joined(tool, folder, words, paths, options[compilers[paths[0]]])
 
     with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
-        suspects = {path for file, answer in zip(files, pool.map(together, files)) if answer
-                    for path in files[file]}
+        suspects = set().union(*pool.map(together, groups(contents, due)))
         suspects |= {path for path, answer in zip(compilers, pool.map(analysed, compilers)) if answer}
         answers = dict(zip(sorted(suspects), pool.map(alone, sorted(suspects))))
     failed = {path for path, answer in answers.items() if answer}
     memory.write_text(json.dumps(sorted(keys[p] for p, _ in chosen if p not in failed)),
                       encoding="utf-8")
     # What stands in a header is found by every source that includes it.
-    complaints = {finding.rstrip(): None for answer in answers.values() if answer
-                  for finding in FINDING.split(answer) if finding.strip()}
+    complaints = {finding: None for answer in answers.values() for finding in findings_in(answer)}
     return list(complaints), len(chosen), len(due)
 
 

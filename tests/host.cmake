@@ -48,24 +48,6 @@ target_precompile_headers(test_prelude PRIVATE
 quastel_compile_options(test_prelude)
 target_compile_options(test_prelude PRIVATE ${QUASTEL_TEST_OPTIONS})
 
-# The instrumented trees compile several sources as one, which takes half of the time. The sources of
-# these programs have names of their own in common and are compiled one by one, as all are in host.
-set(QUASTEL_TESTS_APART
-  clean_fault_tests
-  contract_tests
-  duplicate_scan_tests
-  fault_tests
-  fs_tests
-  fuzz_tests
-  handles_stress
-  session_fault_tests
-)
-function(quastel_compile_apart name)
-  if(name IN_LIST QUASTEL_TESTS_APART)
-    set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
-  endif()
-endfunction()
-
 # One executable for each room; its CTest entry runs all of its tests in one process.
 function(quastel_host_test name)
   add_executable(${name} ${ARGN})
@@ -76,7 +58,6 @@ function(quastel_host_test name)
   quastel_compile_options(${name})
   target_compile_options(${name} PRIVATE ${QUASTEL_TEST_OPTIONS})
   target_precompile_headers(${name} REUSE_FROM test_prelude)
-  quastel_compile_apart(${name})
   if(name IN_LIST QUASTEL_TESTS_LEFT_OUT)
     set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL ON)
     return()

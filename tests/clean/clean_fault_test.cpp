@@ -10,6 +10,7 @@
 #include "clean/fault_world.h"
 #include "faults/allocation_faults.h"
 #include "faults/call_sweep.h"
+#include "faults/nth_time.h"
 #include "support/sweep_record.h"
 
 namespace quastel::clean_tests {
@@ -17,9 +18,8 @@ namespace {
 
 using faults::AllocationFaults;
 using faults::CallFault;
+using faults::kTooMany;
 using faults::Met;
-
-constexpr std::uint64_t kTooMany = 20'000;
 
 // A machine and a clean, which leaves no trace when it fails before it runs.
 class CleanedWorld : public FaultWorld {

@@ -3,14 +3,14 @@
 
 #include "clean/clean_fixture.h"
 #include "faults/lock_faults.h"
+#include "faults/nth_time.h"
 
 namespace quastel::clean_tests {
 namespace {
 
+using faults::kTooMany;
 using faults::LockFaults;
 using simulated::Repeat;
-
-constexpr std::uint64_t kTooMany = 1'000;
 
 class LockFailures : public ::testing::Test {
  protected:

@@ -9,6 +9,7 @@
 #include "clean/fault_world.h"
 #include "faults/allocation_faults.h"
 #include "faults/call_sweep.h"
+#include "faults/nth_time.h"
 #include "support/sweep_record.h"
 
 namespace quastel::clean_tests {
@@ -16,9 +17,9 @@ namespace {
 
 using faults::AllocationFaults;
 using faults::CallFault;
+using faults::kTooMany;
 using faults::Met;
 
-constexpr std::uint64_t kTooMany = 20'000;
 constexpr std::size_t kNamed = 6;
 
 class RecycledWorld : public FaultWorld {

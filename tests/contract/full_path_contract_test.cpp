@@ -1,8 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "base/ascii.h"
+#include "contract/full_path.h"
 #include "contract/machine.h"
 #include "platform/file_system.h"
 
@@ -10,13 +9,6 @@ namespace quastel::contract {
 namespace {
 
 using platform::FullPathName;
-
-Text FullPath(const Text& path) {
-  std::vector<Char> buffer(32768);
-  const std::uint32_t length =
-      FullPathName(path.c_str(), static_cast<std::uint32_t>(buffer.size()), buffer.data());
-  return Text(buffer.data(), length);
-}
 
 TEST(FullPathContract, Dot_segments_and_doubled_separators_are_resolved) {
   const Machine machine;

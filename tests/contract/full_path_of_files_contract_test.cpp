@@ -3,20 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
+#include "contract/full_path.h"
 #include "contract/machine.h"
-#include "platform/file_system.h"
 
 namespace quastel::contract {
 namespace {
-
-Text FullPath(const Text& path) {
-  std::vector<Char> buffer(32768);
-  const std::uint32_t length = platform::FullPathName(
-      path.c_str(), static_cast<std::uint32_t>(buffer.size()), buffer.data());
-  return Text(buffer.data(), length);
-}
 
 TEST(FullPathContract, Of_a_file_is_that_of_its_folder_and_the_name) {
   const Machine machine;

@@ -26,7 +26,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint64_t kLarge = 10'485'761;
 constexpr unsigned kRounds = 70;
 
 class Random {

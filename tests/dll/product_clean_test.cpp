@@ -21,8 +21,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint64_t kLarge = 10'485'761;
-
 qs_product_clean_detail DetailOf(qs_product_scan* scan) {
   qs_product_clean_detail detail{};
   detail.size = sizeof(detail);

@@ -10,6 +10,9 @@
 
 namespace quastel::dll_test {
 
+// The least size of a large file.
+inline constexpr std::uint64_t kLarge = 10'485'761;
+
 class RealTree {
  public:
   RealTree();

@@ -19,8 +19,6 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr std::uint64_t kLarge = 10'485'761;
-
 // Delays every scan of this process for as long as it lives.
 class ScanHold {
  public:

@@ -13,6 +13,7 @@
 #include "faults/allocation_faults.h"
 #include "faults/call_sweep.h"
 #include "faults/fault_scenario.h"
+#include "faults/nth_time.h"
 #include "platform/thread.h"
 #include "support/named_case.h"
 #include "support/sweep_record.h"
@@ -23,10 +24,9 @@ namespace {
 using faults::AllocationFaults;
 using faults::CallFault;
 using faults::IsPartOf;
+using faults::kTooMany;
 using faults::Met;
 using simulated::Repeat;
-
-constexpr std::uint64_t kTooMany = 20'000;
 
 struct Start : support::NamedCase {
   bool cached;   // a scan was made before

@@ -6,14 +6,14 @@
 
 #include "duplicate/cache_bytes.h"
 #include "faults/allocation_faults.h"
+#include "faults/nth_time.h"
 #include "platform/file.h"
 
 namespace quastel::duplicate_tests {
 namespace {
 
 using faults::AllocationFaults;
-
-constexpr std::uint64_t kTooMany = 3000;
+using faults::kTooMany;
 
 class CacheFaults : public CacheTest {
  protected:

@@ -8,7 +8,7 @@
 namespace quastel::duplicate_tests {
 namespace {
 
-thread_local OpenRecord* current = nullptr;
+thread_local OpenRecord* open_record = nullptr;
 
 }  // namespace
 
@@ -25,20 +25,20 @@ platform::Result<platform::FileHandle> RealOpenFile(const Char* path, std::uint3
     asm("__real__ZN7quastel8platform8OpenFileEPKDsjjNS0_11DispositionEj");
 
 OpenRecord::OpenRecord() {
-  current = this;
+  open_record = this;
 }
 
 OpenRecord::~OpenRecord() {
-  current = nullptr;
+  open_record = nullptr;
 }
 
 platform::Result<platform::FileHandle> WatchedOpenFile(const Char* path, std::uint32_t access,
                                                        std::uint32_t share,
                                                        platform::Disposition disposition,
                                                        std::uint32_t flags) noexcept {
-  if (current != nullptr) {
+  if (open_record != nullptr) {
     const faults::AllocationFaultPause own_memory;
-    current->Note({support::Utf8(path), access, share, disposition, flags});
+    open_record->Note({support::Utf8(path), access, share, disposition, flags});
   }
   return RealOpenFile(path, access, share, disposition, flags);
 }

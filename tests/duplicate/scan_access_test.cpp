@@ -13,7 +13,7 @@
 namespace quastel::duplicate_tests {
 namespace {
 
-constexpr std::uint64_t kMebibyte = 1'048'576;
+constexpr std::uint64_t kReadBlock = 1'048'576;
 
 using OpensByPath = std::map<std::string, int>;
 
@@ -87,7 +87,7 @@ TEST(DuplicateAccess, Reads_blocks_at_both_ends_before_it_reads_a_file_whole) {
   SimulatedWindows machine;
   machine.SetProcessorCount(1);
   machine.SetRecording(true);
-  const std::uint64_t size = 2 * kMebibyte + 5;
+  const std::uint64_t size = 2 * kReadBlock + 5;
   machine.AddSizedFile(u"C:\\data\\a", size);
   machine.AddSizedFile(u"C:\\data\\b", size);
   machine.AddSizedFile(u"C:\\data\\c", size, 1);
@@ -99,7 +99,7 @@ TEST(DuplicateAccess, Reads_blocks_at_both_ends_before_it_reads_a_file_whole) {
   machine.AddFile(u"C:\\data\\i", Bytes(90));
   EXPECT_EQ(GroupsOf(ScanData().rows).size(), 3u);
 
-  const std::string mebibyte = "read " + std::to_string(kMebibyte);
+  const std::string mebibyte = "read " + std::to_string(kReadBlock);
   const std::vector<std::string> whole = {
       "read 4096", "seek " + std::to_string(size - 4096), "read 4096", mebibyte, mebibyte, mebibyte,
       mebibyte};

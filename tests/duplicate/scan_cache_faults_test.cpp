@@ -38,7 +38,7 @@ class CacheCalls {
   bool writing_ = false;
 };
 
-void AddFiles(SimulatedWindows& machine) {
+void AddTwoGroups(SimulatedWindows& machine) {
   machine.AddFile(u"C:\\data\\a", Bytes(100));
   machine.AddFile(u"C:\\data\\b", Bytes(100));
   machine.AddFile(u"C:\\data\\c", Bytes(9000));
@@ -48,7 +48,7 @@ void AddFiles(SimulatedWindows& machine) {
 
 struct Cache : ::testing::TestWithParam<bool> {
   Cache() {
-    AddFiles(machine);
+    AddTwoGroups(machine);
     machine.SetProcessorCount(1);
     Request without_cache = DuplicateRequest({u"C:\\data"});
     without_cache.user_home.reset();
@@ -169,7 +169,7 @@ class CacheObstacle : public ::testing::TestWithParam<Obstacle> {};
 
 TEST_P(CacheObstacle, Changes_nothing_in_the_report_and_leaves_the_old_cache) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddTwoGroups(machine);
   const Outcome cold = ScanData();
   machine.AdvanceClock(1000);
   GetParam().put(machine);

@@ -15,7 +15,7 @@ using OpensByPath = std::map<std::string, int>;
 constexpr std::uint64_t kLifetimeMs = 72ull * 60 * 60 * 1000;
 
 // Two equal small files, two equal large ones, and one with another middle.
-void AddFiles(SimulatedWindows& machine) {
+void AddEachKind(SimulatedWindows& machine) {
   machine.AddFile(u"C:\\data\\A small", Bytes(100));
   machine.AddFile(u"C:\\data\\B small", Bytes(100));
   machine.AddFile(u"C:\\data\\large 1", Bytes(9000));
@@ -45,7 +45,7 @@ CacheRecord RecordOf(TextView key, std::string_view content) {
 
 TEST(DuplicateCache, Holds_what_a_scan_learned_of_the_files_that_share_their_size) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddEachKind(machine);
   const std::string other_head = ChangedAt(Bytes(9000), 0);
   const std::string other_tail = ChangedAt(Bytes(9000), 8999);
   machine.AddFile(u"C:\\data\\other head", other_head);
@@ -80,7 +80,7 @@ TEST(DuplicateCache, Of_a_single_file_is_written_without_an_entry) {
 
 TEST(DuplicateCache, Spares_a_second_scan_of_unchanged_files_every_opening) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddEachKind(machine);
   const Outcome cold = RecordedScan(machine);
   EXPECT_EQ(GroupsOf(cold.rows).size(), 2u);
   EXPECT_EQ(OpenCount(machine), 2 + 3 * 3);
@@ -98,7 +98,7 @@ TEST(DuplicateCache, Spares_a_second_scan_of_unchanged_files_every_opening) {
 
 TEST(DuplicateCache, Is_confirmed_anew_by_every_scan) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddEachKind(machine);
   EXPECT_EQ(ScanData().status, QS_OK);
   CacheRecords expected = CacheOf(machine);
   machine.AdvanceClock(60'000);
@@ -193,7 +193,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(DuplicateCache, Holds_for_exactly_72_hours) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddEachKind(machine);
   EXPECT_EQ(ScanData().status, QS_OK);
   machine.AdvanceClock(kLifetimeMs);
   RecordedScan(machine);
@@ -209,7 +209,7 @@ TEST(DuplicateCache, Holds_for_exactly_72_hours) {
 
 TEST(DuplicateCache, Is_of_no_use_when_the_clock_was_set_back) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddEachKind(machine);
   EXPECT_EQ(ScanData().status, QS_OK);
   machine.SetSystemFileTime(kClockAtFirst - 1);
   RecordedScan(machine);
@@ -219,7 +219,7 @@ TEST(DuplicateCache, Is_of_no_use_when_the_clock_was_set_back) {
 
 TEST(DuplicateCache, Leaves_the_changed_file_alone_to_be_opened) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddEachKind(machine);
   EXPECT_EQ(ScanData().status, QS_OK);
   machine.SetContent(u"C:\\data\\large 3", Bytes(9000));
   machine.SetLastWrite(u"C:\\data\\large 3", 133'000'000'000'000'001);
@@ -266,7 +266,7 @@ class RootSpelling : public ::testing::TestWithParam<SpellingCase> {};
 
 TEST_P(RootSpelling, Finds_the_entries_of_the_same_folder) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddEachKind(machine);
   EXPECT_EQ(ScanData().status, QS_OK);
   const CacheRecords before = CacheOf(machine);
   const Outcome scan = RecordedScan(machine, DuplicateRequest({GetParam().root}));
@@ -294,7 +294,7 @@ class ProfileWithoutCache : public ::testing::TestWithParam<ProfileCase> {};
 
 TEST_P(ProfileWithoutCache, Neither_reads_nor_writes_one) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddEachKind(machine);
   const std::string before = machine.Describe();
   Request request = DuplicateRequest({u"C:\\data"});
   request.user_home = GetParam().home;
@@ -332,7 +332,7 @@ class ProfileWithCache : public ::testing::TestWithParam<PlaceCase> {};
 TEST_P(ProfileWithCache, Has_it_below_its_folder) {
   SimulatedWindows machine;
   machine.AddShare(u"\\\\server\\share");
-  AddFiles(machine);
+  AddEachKind(machine);
   Request request = DuplicateRequest({u"C:\\data"});
   request.user_home = GetParam().home;
   EXPECT_EQ(RecordedScan(machine, request).status, QS_OK);
@@ -355,7 +355,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(DuplicateCache, Is_read_before_the_walk_and_written_behind_everything_else) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddEachKind(machine);
   EXPECT_EQ(ScanData().status, QS_OK);
   machine.AddFile(u"C:\\data\\large 4", Bytes(9000));
   const Outcome scan = RecordedScan(machine);
@@ -391,7 +391,7 @@ TEST(DuplicateCache, Is_read_before_the_walk_and_written_behind_everything_else)
 
 TEST(DuplicateCache, That_is_damaged_counts_as_none_and_is_replaced) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddEachKind(machine);
   EXPECT_EQ(ScanData().status, QS_OK);
   const std::string whole = *machine.ContentOf(kCacheFile);
   std::string wrong_magic = whole;

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::uint64_t kMebibyte = 1'048'576;
 
-void AddFiles(SimulatedWindows& machine) {
+void AddThreeGroups(SimulatedWindows& machine) {
   machine.AddFile(u"C:\\data\\a", Bytes(90));
   machine.AddFile(u"C:\\data\\b", Bytes(90));
   machine.AddFile(u"C:\\data\\c", Bytes(3000));
@@ -42,7 +42,7 @@ TEST_P(CancelAtEveryCall, Keeps_the_rows_that_are_out_and_leaves_the_cache) {
   std::vector<Row> full;
   {
     SimulatedWindows machine;
-    AddFiles(machine);
+    AddThreeGroups(machine);
     full = Scan(WholeRequest()).rows;
     ASSERT_EQ(GroupsOf(full).size(), 3u);
   }
@@ -52,7 +52,7 @@ TEST_P(CancelAtEveryCall, Keeps_the_rows_that_are_out_and_leaves_the_cache) {
     SCOPED_TRACE("call " + std::to_string(nth));
     SimulatedWindows machine;
     machine.SetProcessorCount(1);
-    AddFiles(machine);
+    AddThreeGroups(machine);
     if (warm) {
       EXPECT_EQ(Scan(WholeRequest()).status, QS_OK);
       // Something is left to be compared in every stage.
@@ -149,7 +149,7 @@ class CancelledScan {
 
 TEST(DuplicateCancel, While_the_cache_is_read_ends_the_scan_before_the_walk) {
   CancelledScan test;
-  AddFiles(test.machine);
+  AddThreeGroups(test.machine);
   EXPECT_EQ(Scan(WholeRequest()).status, QS_OK);
   test.machine.ClearRecord();
   EXPECT_EQ(test.Run(WholeRequest(),
@@ -167,7 +167,7 @@ TEST(DuplicateCancel, While_the_cache_is_read_ends_the_scan_before_the_walk) {
 
 TEST(DuplicateCancel, In_the_walk_leaves_later_folders_and_roots_alone_and_opens_nothing) {
   CancelledScan test;
-  AddFiles(test.machine);
+  AddThreeGroups(test.machine);
   EXPECT_EQ(
       test.Run(
           WholeRequest(), [](const CallRecord& call) { return call.call == Call::kFindNext; }, 3),
@@ -181,7 +181,7 @@ TEST(DuplicateCancel, In_the_walk_leaves_later_folders_and_roots_alone_and_opens
 
 TEST(DuplicateCancel, Behind_the_walk_starts_no_worker) {
   CancelledScan test;
-  AddFiles(test.machine);
+  AddThreeGroups(test.machine);
   EXPECT_EQ(test.Run(WholeRequest(),
                      [](const CallRecord& call) { return call.call == Call::kVolumePathName; }),
             QS_CANCELLED);
@@ -194,7 +194,7 @@ class CancelInAStage : public ::testing::TestWithParam<int> {};
 
 TEST_P(CancelInAStage, Opens_no_further_file) {
   CancelledScan test;
-  AddFiles(test.machine);
+  AddThreeGroups(test.machine);
   EXPECT_EQ(test.Run(WholeRequest(), OpensCandidate, GetParam()), QS_CANCELLED);
   EXPECT_EQ(OpenCount(test.machine), GetParam());
   EXPECT_EQ(test.machine.CallCount(Call::kCreateFolderTree), 0u);
@@ -212,7 +212,7 @@ TEST(DuplicateCancel, Between_two_stages_is_seen_by_the_next) {
     SCOPED_TRACE("reading " + std::to_string(nth));
     SimulatedWindows machine;
     machine.SetProcessorCount(1);
-    AddFiles(machine);
+    AddThreeGroups(machine);
     ProductScan scan(ScanRunners{nullptr, nullptr, duplicate::RunDuplicateScan});
     std::atomic<int> seen{0};
     std::atomic<bool> cancelled{false};
@@ -243,7 +243,7 @@ TEST(DuplicateCancel, Between_two_stages_is_seen_by_the_next) {
 
 TEST(DuplicateCancel, In_full_hashing_keeps_the_groups_of_small_files) {
   CancelledScan test;
-  AddFiles(test.machine);
+  AddThreeGroups(test.machine);
   AddCache(test.machine, {{.key = u"c:\\other", .size = 1, .sample = "kept"}});
   const std::string before = test.machine.Describe();
   // Ten first looks and three tails are taken by then.
@@ -262,7 +262,7 @@ TEST(DuplicateCancel, In_full_hashing_keeps_the_groups_of_small_files) {
 TEST(DuplicateCancel, Leaves_the_group_counter_unset) {
   SimulatedWindows machine;
   machine.SetProcessorCount(1);
-  AddFiles(machine);
+  AddThreeGroups(machine);
   ProductScan scan(ScanRunners{nullptr, nullptr, duplicate::RunDuplicateScan});
   std::atomic<int> opened{0};
   machine.SetHook([&](const CallRecord& call) {
@@ -325,7 +325,7 @@ TEST(DuplicateCancel, At_the_opening_of_a_huge_file_reads_nothing_of_it) {
 
 TEST(DuplicateCancel, While_a_large_cache_is_written_removes_the_temporary_file) {
   CancelledScan test;
-  AddFiles(test.machine);
+  AddThreeGroups(test.machine);
   CacheRecords records;
   for (std::size_t i = 0; i < 50'000; ++i) {
     records.push_back({.key = u"c:\\x\\" + Wide(std::to_string(100'000 + i)),
@@ -346,7 +346,7 @@ TEST(DuplicateCancel, While_a_large_cache_is_written_removes_the_temporary_file)
 
 TEST(DuplicateCancel, While_the_old_cache_is_moved_away_still_ends_as_cancelled) {
   CancelledScan test;
-  AddFiles(test.machine);
+  AddThreeGroups(test.machine);
   EXPECT_EQ(test.Run(WholeRequest(),
                      [](const CallRecord& call) { return call.call == Call::kRenameFile; }),
             QS_CANCELLED);
@@ -357,7 +357,7 @@ TEST(DuplicateCancel, While_the_old_cache_is_moved_away_still_ends_as_cancelled)
 
 TEST(DuplicateCancel, Before_the_start_is_none) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddThreeGroups(machine);
   ScanHandle scan;
   EXPECT_EQ(qs_product_scan_cancel(scan), QS_OK);
   EXPECT_EQ(scan.Start(WholeRequest()), QS_OK);

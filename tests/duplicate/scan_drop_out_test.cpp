@@ -208,11 +208,11 @@ INSTANTIATE_TEST_SUITE_P(
     });
 
 TEST(DropOuts, Of_a_read_in_the_middle_of_a_large_file_take_it_out) {
-  constexpr std::uint64_t kMebibyte = 1'048'576;
+  constexpr std::uint64_t kBlock = 1'048'576;
   SimulatedWindows machine;
   machine.SetProcessorCount(1);
   for (const char16_t* path : {u"C:\\data\\a", u"C:\\data\\b", u"C:\\data\\c"}) {
-    machine.AddSizedFile(path, 3 * kMebibyte + 1);
+    machine.AddSizedFile(path, 3 * kBlock + 1);
   }
   // Three heads and three tails, then the reads of the first file.
   for (const std::uint64_t read : std::initializer_list<std::uint64_t>{7, 8, 9, 10, 11}) {

@@ -12,7 +12,7 @@ namespace {
 using Performance = qs_product_scan_performance;
 
 // A group of small files, a group of large ones, a near miss, a file of its own size.
-void AddFiles(SimulatedWindows& machine) {
+void AddSevenFiles(SimulatedWindows& machine) {
   machine.AddFile(u"C:\\data\\a", Bytes(90));
   machine.AddFile(u"C:\\data\\b", Bytes(90));
   machine.AddFile(u"C:\\data\\c", Bytes(9000));
@@ -30,7 +30,7 @@ std::uint64_t At(const Performance& performance, std::size_t offset) {
 
 TEST(DuplicatePerformance, Counts_candidates_samples_hashes_and_small_groups) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddSevenFiles(machine);
   const Outcome scan = ScanData();
   EXPECT_EQ(scan.performance.kind, QS_SCAN_KIND_DUPLICATES);
   EXPECT_EQ(At(scan.performance, 104), 7u) << "candidates";
@@ -48,7 +48,7 @@ TEST(DuplicatePerformance, Counts_candidates_samples_hashes_and_small_groups) {
 TEST(DuplicatePerformance, Counters_are_there_when_the_next_stage_begins) {
   SimulatedWindows machine;
   machine.SetProcessorCount(1);
-  AddFiles(machine);
+  AddSevenFiles(machine);
   ScanHandle scan;
   std::vector<Performance> at_open;
   machine.SetHook([&](const CallRecord& call) {
@@ -70,7 +70,7 @@ TEST(DuplicatePerformance, Counters_are_there_when_the_next_stage_begins) {
 
 TEST(DuplicatePerformance, Times_every_stage_and_nothing_else) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddSevenFiles(machine);
   // Each look at the clock takes a millisecond: a timer that runs shows one at least.
   scan_tests::InsideEveryCall(machine, Call::kMonotonicNanoseconds,
                               [&](std::uint64_t) { machine.AdvanceClock(1); });
@@ -106,7 +106,7 @@ StageTimes TimesWhen(const std::function<bool(const CallRecord&)>& takes_a_milli
                      std::uint64_t* elapsed = nullptr) {
   SimulatedWindows machine;
   machine.SetProcessorCount(1);
-  AddFiles(machine);
+  AddSevenFiles(machine);
   machine.SetHook([&](const CallRecord& call) {
     if (takes_a_millisecond(call)) {
       machine.AdvanceClock(1);
@@ -159,7 +159,7 @@ TEST(DuplicatePerformance, Of_an_uncompared_tree_has_no_items_and_all_candidates
 
 TEST(DuplicatePerformance, Begins_anew_with_every_scan) {
   SimulatedWindows machine;
-  AddFiles(machine);
+  AddSevenFiles(machine);
   machine.AddFolder(u"C:\\empty");
   ScanHandle scan;
   EXPECT_EQ(scan.Start(DuplicateRequest({u"C:\\data"})), QS_OK);

@@ -22,12 +22,12 @@ void AddFiles(SimulatedWindows& machine, std::size_t count, bool own_sizes) {
   }
 }
 
-struct ThrottleCase : support::NamedCase {
+struct PathThrottleCase : support::NamedCase {
   std::uint64_t milliseconds_per_file;
   std::size_t every;  // such a file is shown
 };
 
-class DuplicatePath : public ::testing::TestWithParam<ThrottleCase> {
+class DuplicatePath : public ::testing::TestWithParam<PathThrottleCase> {
  protected:
   static constexpr std::size_t kFiles = 60;
 
@@ -78,12 +78,12 @@ TEST_P(DuplicatePath, Changes_in_each_stage_at_most_every_20_milliseconds) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, DuplicatePath,
-                         ::testing::Values(ThrottleCase{{"a_clock_that_stands_still"}, 0, 1000},
-                                           ThrottleCase{{"1_ms_per_file"}, 1, 20},
-                                           ThrottleCase{{"5_ms_per_file"}, 5, 4},
-                                           ThrottleCase{{"19_ms_per_file"}, 19, 2},
-                                           ThrottleCase{{"20_ms_per_file"}, 20, 1},
-                                           ThrottleCase{{"21_ms_per_file"}, 21, 1}),
+                         ::testing::Values(PathThrottleCase{{"a_clock_that_stands_still"}, 0, 1000},
+                                           PathThrottleCase{{"1_ms_per_file"}, 1, 20},
+                                           PathThrottleCase{{"5_ms_per_file"}, 5, 4},
+                                           PathThrottleCase{{"19_ms_per_file"}, 19, 2},
+                                           PathThrottleCase{{"20_ms_per_file"}, 20, 1},
+                                           PathThrottleCase{{"21_ms_per_file"}, 21, 1}),
                          support::CaseName());
 
 TEST(PathPublished, Is_set_by_the_first_file_that_is_compared_and_not_by_the_walk) {

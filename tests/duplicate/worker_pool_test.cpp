@@ -288,12 +288,12 @@ TEST(WorkerPool, Stops_every_worker_with_the_first) {
 
 // ---- Progress
 
-struct ThrottleCase : support::NamedCase {
+struct ItemThrottleCase : support::NamedCase {
   std::uint64_t milliseconds_per_item;
   std::size_t every;  // such an item is shown
 };
 
-class Throttle : public ::testing::TestWithParam<ThrottleCase> {};
+class Throttle : public ::testing::TestWithParam<ItemThrottleCase> {};
 
 TEST_P(Throttle, Shows_an_item_at_most_every_20_milliseconds_and_the_first_always) {
   SimulatedWindows machine;
@@ -308,12 +308,12 @@ TEST_P(Throttle, Shows_an_item_at_most_every_20_milliseconds_and_the_first_alway
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Throttle,
-                         ::testing::Values(ThrottleCase{{"a_clock_that_stands_still"}, 0, 1000},
-                                           ThrottleCase{{"1_ms_per_item"}, 1, 20},
-                                           ThrottleCase{{"5_ms_per_item"}, 5, 4},
-                                           ThrottleCase{{"19_ms_per_item"}, 19, 2},
-                                           ThrottleCase{{"20_ms_per_item"}, 20, 1},
-                                           ThrottleCase{{"21_ms_per_item"}, 21, 1}),
+                         ::testing::Values(ItemThrottleCase{{"a_clock_that_stands_still"}, 0, 1000},
+                                           ItemThrottleCase{{"1_ms_per_item"}, 1, 20},
+                                           ItemThrottleCase{{"5_ms_per_item"}, 5, 4},
+                                           ItemThrottleCase{{"19_ms_per_item"}, 19, 2},
+                                           ItemThrottleCase{{"20_ms_per_item"}, 20, 1},
+                                           ItemThrottleCase{{"21_ms_per_item"}, 21, 1}),
                          support::CaseName());
 
 TEST(WorkerPool, Shares_the_throttle_among_its_workers) {

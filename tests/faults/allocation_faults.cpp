@@ -3,34 +3,22 @@
 #include <cstdlib>
 #include <new>
 
+#include "faults/nth_time.h"
+
 namespace quastel::faults {
 namespace {
 
-struct Plan {
-  std::uint64_t nth = 0;  // 0: no plan
-  bool from_then_on = false;
-  std::uint64_t seen = 0;
-  std::uint64_t injected = 0;
-  int pauses = 0;
-};
-
 // Without constructor or destructor: operator new is called before and after everything else.
-thread_local constinit Plan plan;
+thread_local constinit NthTime failing_allocation;
+thread_local constinit int pauses = 0;
 
-bool MustFail() noexcept {
-  if (plan.nth == 0 || plan.pauses > 0 || simulated::InsideSimulation()) {
-    return false;
-  }
-  ++plan.seen;
-  if (plan.from_then_on ? plan.seen < plan.nth : plan.seen != plan.nth) {
-    return false;
-  }
-  ++plan.injected;
-  return true;
+bool AllocationMustFail() noexcept {
+  return failing_allocation.nth != 0 && pauses == 0 && !simulated::InsideSimulation() &&
+         failing_allocation.MustFail();
 }
 
 void* AllocateOrNull(std::size_t size, std::size_t alignment) noexcept {
-  if (MustFail()) {
+  if (AllocationMustFail()) {
     return nullptr;
   }
   if (alignment <= alignof(std::max_align_t)) {
@@ -53,27 +41,27 @@ constexpr std::size_t kUsual = alignof(std::max_align_t);
 }  // namespace
 
 AllocationFaults::AllocationFaults(std::uint64_t nth, Repeat repeat) {
-  plan = {nth, repeat == Repeat::kFromThenOn, 0, 0, plan.pauses};
+  failing_allocation = {nth, repeat == Repeat::kFromThenOn, 0, 0};
 }
 
 AllocationFaults::~AllocationFaults() {
-  plan.nth = 0;
+  failing_allocation.nth = 0;
 }
 
 std::uint64_t AllocationFaults::injected() const {
-  return plan.injected;
+  return failing_allocation.injected;
 }
 
 std::uint64_t AllocationFaults::allocations() const {
-  return plan.seen;
+  return failing_allocation.seen;
 }
 
 AllocationFaultPause::AllocationFaultPause() {
-  ++plan.pauses;
+  ++pauses;
 }
 
 AllocationFaultPause::~AllocationFaultPause() {
-  --plan.pauses;
+  --pauses;
 }
 
 }  // namespace quastel::faults

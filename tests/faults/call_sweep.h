@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "faults/nth_time.h"
 #include "platform/error.h"
 #include "simulated_windows/simulated_windows.h"
 #include "support/sweep_record.h"
@@ -63,7 +64,6 @@ struct SweepCount {
 // takes one error besides the usual one for each call, another one each time.
 inline SweepCount SweepCalls(CallFault::Kind kind,
                              const std::function<Met(const CallFault&)>& round) {
-  constexpr std::uint64_t kTooMany = 20'000;
   SweepCount count;
   for (std::uint64_t nth = 1; nth < kTooMany; ++nth) {
     SCOPED_TRACE("call " + std::to_string(nth));

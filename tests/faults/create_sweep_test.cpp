@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "faults/allocation_faults.h"
+#include "faults/nth_time.h"
 #include "quastel_core.h"
 #include "simulated_windows/simulated_windows.h"
 #include "support/sweep_record.h"
@@ -11,8 +12,6 @@ namespace quastel::faults {
 namespace {
 
 using simulated::SimulatedWindows;
-
-constexpr std::uint64_t kTooMany = 1'000;
 
 TEST(CreateSweep, Creating_a_product_scan_without_memory_fails_and_leaves_the_out_pointer_alone) {
   SimulatedWindows machine;

@@ -16,6 +16,7 @@
 
 #include "faults/allocation_faults.h"
 #include "faults/call_sweep.h"
+#include "faults/nth_time.h"
 #include "fs/deletion_fixture.h"
 #include "platform/shell.h"
 #include "support/sweep_record.h"
@@ -25,10 +26,9 @@ namespace {
 
 using faults::AllocationFaults;
 using faults::CallFault;
+using faults::kTooMany;
 using faults::Met;
 using platform::Error;
-
-constexpr std::uint64_t kTooMany = 1'000;
 
 struct Scenario : support::NamedCase {
   Text path;

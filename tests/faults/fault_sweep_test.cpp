@@ -8,13 +8,12 @@
 #include "faults/allocation_faults.h"
 #include "faults/call_sweep.h"
 #include "faults/fault_scenario.h"
+#include "faults/nth_time.h"
 #include "support/named_case.h"
 #include "support/sweep_record.h"
 
 namespace quastel::faults {
 namespace {
-
-constexpr std::uint64_t kTooMany = 20'000;
 
 class FaultSweep : public ::testing::TestWithParam<Scenario> {
  protected:

@@ -57,14 +57,14 @@ bool BeginsAFolder(const CallRecord& call) {
          call.number == static_cast<std::uint64_t>(platform::SearchOperation::kNameMatch);
 }
 
-struct Case : support::NamedCase {
+struct CancelCase : support::NamedCase {
   const qs_char* pattern;
   std::uint32_t recursive;
   bool protect;
   std::uint64_t failing_search;  // of FindFirstBasic, 0: none
 };
 
-constexpr Case kCases[] = {
+constexpr CancelCase kCancelCases[] = {
     {{"Single_pass"}, u"*", 1, false, 0},
     {{"Single_pass_of_one_folder"}, u"*", 0, false, 0},
     {{"Patterned"}, u"*.txt", 1, false, 0},
@@ -77,7 +77,7 @@ constexpr Case kCases[] = {
     {{"A_root_that_cannot_be_listed"}, u"*", 1, false, 1},
 };
 
-class CancelTest : public ::testing::TestWithParam<Case> {
+class CancelTest : public ::testing::TestWithParam<CancelCase> {
  protected:
   // One run on a machine of its own. `before_call` gets the number of the call and the files
   // reported so far; `after_file` the number of files.
@@ -187,7 +187,7 @@ TEST_P(CancelTest, A_callback_that_sets_the_flag_is_the_last_one) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(EnumerationCancel, CancelTest, ::testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(EnumerationCancel, CancelTest, ::testing::ValuesIn(kCancelCases),
                          support::CaseName());
 
 TEST(EnumerationCancel, After_the_last_entry_of_the_last_folder_nothing_looks_any_more) {

@@ -21,18 +21,18 @@ using support::FileWalk;
 using support::FolderWalk;
 using support::RunWalk;
 
-struct Case : support::NamedCase {
+struct RaiseCase : support::NamedCase {
   void (*raise)();
 };
 
-const Case kCases[] = {
+const RaiseCase kRaiseCases[] = {
     {{"A_standard_exception"}, [] { throw std::runtime_error("callback"); }},
     {{"A_failed_allocation"}, [] { throw std::bad_alloc(); }},
     {{"A_number"}, [] { throw 7; }},
     {{"A_text"}, [] { throw "text"; }},
 };
 
-class ThrowingCallbackTest : public ::testing::TestWithParam<Case> {
+class ThrowingCallbackTest : public ::testing::TestWithParam<RaiseCase> {
  protected:
   ThrowingCallbackTest() {
     for (const qs_char* path : {u"C:\\t\\a\\1", u"C:\\t\\b", u"C:\\t\\c", u"C:\\t\\d\\2"}) {
@@ -99,7 +99,7 @@ TEST_P(ThrowingCallbackTest, The_next_walk_is_whole) {
   EXPECT_EQ(result.files.size(), 4u);
 }
 
-INSTANTIATE_TEST_SUITE_P(EnumerationExceptions, ThrowingCallbackTest, ::testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(EnumerationExceptions, ThrowingCallbackTest, ::testing::ValuesIn(kRaiseCases),
                          support::CaseName());
 
 }  // namespace

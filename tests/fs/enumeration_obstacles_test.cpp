@@ -23,17 +23,17 @@ using support::Lines;
 using support::RunWalk;
 using support::WalkResult;
 
-struct Passes : support::NamedCase {
+struct ObstaclePasses : support::NamedCase {
   const qs_char* pattern;
 };
 
-constexpr Passes kPasses[] = {
+constexpr ObstaclePasses kObstaclePasses[] = {
     {{"Single_pass"}, u"*"},
     {{"Patterned"}, u"*.*"},
 };
 
 // Everything here holds for the single pass and for the two passes of a pattern.
-class EnumerationObstacles : public ::testing::TestWithParam<Passes> {
+class EnumerationObstacles : public ::testing::TestWithParam<ObstaclePasses> {
  protected:
   Lines Walk(const Text& root) {
     const WalkResult result = RunWalk(FileWalk{.root = root, .pattern = Text(GetParam().pattern)});
@@ -46,7 +46,7 @@ class EnumerationObstacles : public ::testing::TestWithParam<Passes> {
   SimulatedWindows windows_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Enumeration, EnumerationObstacles, ::testing::ValuesIn(kPasses),
+INSTANTIATE_TEST_SUITE_P(Enumeration, EnumerationObstacles, ::testing::ValuesIn(kObstaclePasses),
                          support::CaseName());
 
 TEST_P(EnumerationObstacles, A_missing_root_is_an_empty_walk) {

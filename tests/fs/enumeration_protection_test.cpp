@@ -22,16 +22,16 @@ using support::Lines;
 using support::RunWalk;
 using support::WalkResult;
 
-struct Passes : support::NamedCase {
+struct ProtectionPasses : support::NamedCase {
   const qs_char* pattern;
 };
 
-constexpr Passes kPasses[] = {
+constexpr ProtectionPasses kProtectionPasses[] = {
     {{"Single_pass"}, u"*"},
     {{"Patterned"}, u"*.x"},
 };
 
-class EnumerationProtection : public ::testing::TestWithParam<Passes> {
+class EnumerationProtection : public ::testing::TestWithParam<ProtectionPasses> {
  protected:
   EnumerationProtection() {
     for (const qs_char* path :
@@ -69,7 +69,7 @@ class EnumerationProtection : public ::testing::TestWithParam<Passes> {
   SimulatedWindows windows_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Enumeration, EnumerationProtection, ::testing::ValuesIn(kPasses),
+INSTANTIATE_TEST_SUITE_P(Enumeration, EnumerationProtection, ::testing::ValuesIn(kProtectionPasses),
                          support::CaseName());
 
 TEST_P(EnumerationProtection, The_system_s_folders_are_not_entered_and_all_others_are) {

@@ -62,12 +62,12 @@ Names Kept(const std::vector<Text>& input) {
   return out;
 }
 
-struct Case : support::NamedCase {
+struct FilterCase : support::NamedCase {
   std::vector<const char*> input;
   Names kept;
 };
 
-const Case kCases[] = {
+const FilterCase kFilterCases[] = {
     {{"Contained_folders_go"}, {"C:\\a\\b", "C:\\a", "c:\\A\\", "C:\\ab"}, {"C:\\a", "C:\\ab"}},
     {{"One"}, {"C:\\a"}, {"C:\\a"}},
     {{"Duplicates_collapse_to_the_first"}, {"c:\\A", "C:\\a", "C:\\a\\"}, {"c:\\A"}},
@@ -95,7 +95,7 @@ const Case kCases[] = {
     {{"Empty_and_a_rooted_path"}, {"", "\\a"}, {"", "\\a"}},
 };
 
-class FilterDirTest : public ::testing::TestWithParam<Case> {
+class FilterDirTest : public ::testing::TestWithParam<FilterCase> {
  protected:
   SimulatedWindows windows_;
 };
@@ -108,7 +108,7 @@ TEST_P(FilterDirTest, Keeps_the_outermost_folders) {
   EXPECT_EQ(Kept(input), GetParam().kept);
 }
 
-INSTANTIATE_TEST_SUITE_P(FilterDir, FilterDirTest, ::testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(FilterDir, FilterDirTest, ::testing::ValuesIn(kFilterCases),
                          support::CaseName());
 
 class FilterDir : public ::testing::Test {

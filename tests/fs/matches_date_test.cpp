@@ -18,9 +18,9 @@ using simulated::SimulatedWindows;
 using support::Moment;
 using support::TicksOf;
 
-constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
-constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
-constexpr std::int64_t k1601 = 504911232000000000;
+constexpr std::int64_t kEarliest = std::numeric_limits<std::int64_t>::min();
+constexpr std::int64_t kLatest = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kYear1601 = 504911232000000000;
 constexpr std::int32_t kAnyTime = 0;
 constexpr std::int32_t kOlderThanAYear = 1;
 constexpr std::int32_t kOlderThanAMonth = 2;
@@ -35,13 +35,13 @@ constexpr std::int32_t kMonthModes[] = {2,
                                         std::numeric_limits<std::int32_t>::max(),
                                         std::numeric_limits<std::int32_t>::min()};
 
-struct Case : support::NamedCase {
+struct DateCase : support::NamedCase {
   Moment now;
   Moment month_back;
   Moment year_back;
 };
 
-constexpr Case kCases[] = {
+constexpr DateCase kDateCases[] = {
     {{"Middle_of_a_month"}, {2023, 7, 15, 10, 30}, {2023, 6, 15, 10, 30}, {2022, 7, 15, 10, 30}},
     {{"End_of_March"}, {2023, 3, 31, 10}, {2023, 2, 28, 10}, {2022, 3, 31, 10}},
     {{"End_of_March_in_a_leap_year"}, {2024, 3, 31, 10}, {2024, 2, 29, 10}, {2023, 3, 31, 10}},
@@ -69,7 +69,7 @@ constexpr Case kCases[] = {
     {{"Far_future"}, {9999, 12, 31, 23, 59}, {9999, 11, 30, 23, 59}, {9998, 12, 31, 23, 59}},
 };
 
-class MatchesDateTest : public ::testing::TestWithParam<Case> {
+class MatchesDateTest : public ::testing::TestWithParam<DateCase> {
  protected:
   std::int64_t now() const { return TicksOf(GetParam().now); }
   std::int64_t month_back() const { return TicksOf(GetParam().month_back); }
@@ -105,7 +105,7 @@ TEST_P(MatchesDateTest, The_part_of_now_below_a_millisecond_makes_no_difference)
   EXPECT_EQ(qs_matches_date(month_back() - 1, later, kWithinAMonth), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(MatchesDate, MatchesDateTest, ::testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(MatchesDate, MatchesDateTest, ::testing::ValuesIn(kDateCases),
                          support::CaseName());
 
 class MatchesDate : public ::testing::Test {
@@ -116,12 +116,12 @@ class MatchesDate : public ::testing::Test {
 constexpr std::int64_t kNow = TicksOf({2023, 7, 15, 10});
 
 TEST_F(MatchesDate, Times_at_the_ends_of_the_range_are_compared_with_their_sign) {
-  EXPECT_EQ(qs_matches_date(kMin, kNow, kOlderThanAYear), 1);
+  EXPECT_EQ(qs_matches_date(kEarliest, kNow, kOlderThanAYear), 1);
   EXPECT_EQ(qs_matches_date(-1, kNow, kOlderThanAMonth), 1);
   EXPECT_EQ(qs_matches_date(0, kNow, kWithinAMonth), 0);
-  EXPECT_EQ(qs_matches_date(kMin, kNow, kWithinAMonth), 0);
-  EXPECT_EQ(qs_matches_date(kMax, kNow, kOlderThanAYear), 0);
-  EXPECT_EQ(qs_matches_date(kMax, kNow, kWithinAMonth), 1);
+  EXPECT_EQ(qs_matches_date(kEarliest, kNow, kWithinAMonth), 0);
+  EXPECT_EQ(qs_matches_date(kLatest, kNow, kOlderThanAYear), 0);
+  EXPECT_EQ(qs_matches_date(kLatest, kNow, kWithinAMonth), 1);
 }
 
 TEST_F(MatchesDate, A_time_after_now_is_within_the_last_month) {
@@ -132,56 +132,56 @@ TEST_F(MatchesDate, A_time_after_now_is_within_the_last_month) {
 TEST_F(MatchesDate, Mode_0_matches_always_and_asks_the_system_for_nothing) {
   windows_.SetRecording(true);
   for (const std::int64_t now :
-       {kMin, std::int64_t{-1}, std::int64_t{0}, k1601 - 1, k1601, kNow, kMax}) {
-    EXPECT_EQ(qs_matches_date(kMin, now, kAnyTime), 1) << now;
-    EXPECT_EQ(qs_matches_date(kMax, now, kAnyTime), 1) << now;
+       {kEarliest, std::int64_t{-1}, std::int64_t{0}, kYear1601 - 1, kYear1601, kNow, kLatest}) {
+    EXPECT_EQ(qs_matches_date(kEarliest, now, kAnyTime), 1) << now;
+    EXPECT_EQ(qs_matches_date(kLatest, now, kAnyTime), 1) << now;
   }
   EXPECT_TRUE(windows_.record().empty());
 }
 
 TEST_F(MatchesDate, Before_1601_no_other_mode_matches) {
-  for (const std::int64_t now : {k1601 - 1, std::int64_t{0}, std::int64_t{-1}, kMin}) {
+  for (const std::int64_t now : {kYear1601 - 1, std::int64_t{0}, std::int64_t{-1}, kEarliest}) {
     for (const std::int32_t mode : {1, 2, 3, 4, -1}) {
-      EXPECT_EQ(qs_matches_date(kMin, now, mode), 0) << now << " mode " << mode;
-      EXPECT_EQ(qs_matches_date(kMax, now, mode), 0) << now << " mode " << mode;
+      EXPECT_EQ(qs_matches_date(kEarliest, now, mode), 0) << now << " mode " << mode;
+      EXPECT_EQ(qs_matches_date(kLatest, now, mode), 0) << now << " mode " << mode;
     }
   }
   EXPECT_EQ(windows_.CallCount(Call::kToCalendarTime), 0u);
 }
 
 TEST_F(MatchesDate, A_threshold_before_1601_matches_nothing) {
-  for (const std::int64_t now : {k1601, TicksOf({1601, 1, 31, 23})}) {
+  for (const std::int64_t now : {kYear1601, TicksOf({1601, 1, 31, 23})}) {
     for (const std::int32_t mode : {1, 2, 3, 4}) {
-      EXPECT_EQ(qs_matches_date(kMin, now, mode), 0) << now << " mode " << mode;
-      EXPECT_EQ(qs_matches_date(kMax, now, mode), 0) << now << " mode " << mode;
+      EXPECT_EQ(qs_matches_date(kEarliest, now, mode), 0) << now << " mode " << mode;
+      EXPECT_EQ(qs_matches_date(kLatest, now, mode), 0) << now << " mode " << mode;
     }
   }
-  EXPECT_EQ(qs_matches_date(kMin, TicksOf({1601, 12, 31}), kOlderThanAYear), 0);
+  EXPECT_EQ(qs_matches_date(kEarliest, TicksOf({1601, 12, 31}), kOlderThanAYear), 0);
 }
 
 TEST_F(MatchesDate, The_earliest_threshold_is_the_start_of_1601) {
-  EXPECT_EQ(qs_matches_date(k1601 - 1, TicksOf({1601, 2, 1}), kOlderThanAMonth), 1);
-  EXPECT_EQ(qs_matches_date(k1601, TicksOf({1601, 2, 1}), kOlderThanAMonth), 0);
-  EXPECT_EQ(qs_matches_date(k1601, TicksOf({1601, 2, 1}), kWithinAMonth), 1);
-  EXPECT_EQ(qs_matches_date(k1601 - 1, TicksOf({1602, 1, 1}), kOlderThanAYear), 1);
-  EXPECT_EQ(qs_matches_date(k1601, TicksOf({1602, 1, 1}), kOlderThanAYear), 0);
+  EXPECT_EQ(qs_matches_date(kYear1601 - 1, TicksOf({1601, 2, 1}), kOlderThanAMonth), 1);
+  EXPECT_EQ(qs_matches_date(kYear1601, TicksOf({1601, 2, 1}), kOlderThanAMonth), 0);
+  EXPECT_EQ(qs_matches_date(kYear1601, TicksOf({1601, 2, 1}), kWithinAMonth), 1);
+  EXPECT_EQ(qs_matches_date(kYear1601 - 1, TicksOf({1602, 1, 1}), kOlderThanAYear), 1);
+  EXPECT_EQ(qs_matches_date(kYear1601, TicksOf({1602, 1, 1}), kOlderThanAYear), 0);
 }
 
 TEST_F(MatchesDate, The_last_representable_now_has_a_threshold) {
-  EXPECT_EQ(qs_matches_date(kMax, kMax, kWithinAMonth), 1);
-  EXPECT_EQ(qs_matches_date(kNow, kMax, kWithinAMonth), 0);
-  EXPECT_EQ(qs_matches_date(kNow, kMax, kOlderThanAYear), 1);
+  EXPECT_EQ(qs_matches_date(kLatest, kLatest, kWithinAMonth), 1);
+  EXPECT_EQ(qs_matches_date(kNow, kLatest, kWithinAMonth), 0);
+  EXPECT_EQ(qs_matches_date(kNow, kLatest, kOlderThanAYear), 1);
 }
 
 TEST_F(MatchesDate, Nothing_matches_when_now_cannot_be_turned_into_a_date) {
   for (const std::int32_t mode : {1, 2, 3, 4, -1}) {
     windows_.ClearFaults();
     windows_.FailCall(Call::kToCalendarTime, 1);
-    EXPECT_EQ(qs_matches_date(kMin, kNow, mode), 0) << mode;
+    EXPECT_EQ(qs_matches_date(kEarliest, kNow, mode), 0) << mode;
     EXPECT_EQ(windows_.faults_injected(), 1u);
     windows_.ClearFaults();
     windows_.FailCall(Call::kToCalendarTime, 1);
-    EXPECT_EQ(qs_matches_date(kMax, kNow, mode), 0) << mode;
+    EXPECT_EQ(qs_matches_date(kLatest, kNow, mode), 0) << mode;
   }
 }
 
@@ -189,11 +189,11 @@ TEST_F(MatchesDate, Nothing_matches_when_the_threshold_cannot_be_turned_into_a_t
   for (const std::int32_t mode : {1, 2, 3, 4, -1}) {
     windows_.ClearFaults();
     windows_.FailCall(Call::kToFileTime, 1);
-    EXPECT_EQ(qs_matches_date(kMin, kNow, mode), 0) << mode;
+    EXPECT_EQ(qs_matches_date(kEarliest, kNow, mode), 0) << mode;
     EXPECT_EQ(windows_.faults_injected(), 1u);
     windows_.ClearFaults();
     windows_.FailCall(Call::kToFileTime, 1);
-    EXPECT_EQ(qs_matches_date(kMax, kNow, mode), 0) << mode;
+    EXPECT_EQ(qs_matches_date(kLatest, kNow, mode), 0) << mode;
   }
 }
 

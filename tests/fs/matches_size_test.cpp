@@ -10,19 +10,19 @@
 namespace quastel {
 namespace {
 
-constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
-constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kSmallest = std::numeric_limits<std::int64_t>::min();
+constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
 
 // The answers of modes 1, 2 and 3.
-struct Case : support::NamedCase {
+struct SizeCase : support::NamedCase {
   std::int64_t size;
   std::int32_t above_gib;
   std::int32_t between;
   std::int32_t below_half;
 };
 
-constexpr Case kCases[] = {
-    {{"Least"}, kMin, 0, 0, 1},
+constexpr SizeCase kSizeCases[] = {
+    {{"Least"}, kSmallest, 0, 0, 1},
     {{"Minus_one"}, -1, 0, 0, 1},
     {{"Zero"}, 0, 0, 0, 1},
     {{"One_below_512_MiB"}, 536870911, 0, 0, 1},
@@ -33,10 +33,10 @@ constexpr Case kCases[] = {
     {{"One_above_1_GiB"}, 1073741825, 1, 0, 0},
     {{"Beyond_32_bits"}, 4294967296, 1, 0, 0},
     {{"Beyond_32_bits_with_a_small_low_half"}, 4294967297, 1, 0, 0},
-    {{"Largest"}, kMax, 1, 0, 0},
+    {{"Largest"}, kLargest, 1, 0, 0},
 };
 
-class MatchesSizeTest : public ::testing::TestWithParam<Case> {};
+class MatchesSizeTest : public ::testing::TestWithParam<SizeCase> {};
 
 TEST_P(MatchesSizeTest, Mode_0_matches_always) {
   EXPECT_EQ(qs_matches_size(GetParam().size, 0), 1);
@@ -61,7 +61,7 @@ TEST_P(MatchesSizeTest, Any_other_mode_matches_always) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(MatchesSize, MatchesSizeTest, ::testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(MatchesSize, MatchesSizeTest, ::testing::ValuesIn(kSizeCases),
                          support::CaseName());
 
 }  // namespace

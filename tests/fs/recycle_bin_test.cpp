@@ -10,17 +10,17 @@ namespace {
 
 using platform::Error;
 
-const Text kPath = u"C:\\d\\File.txt";
+const Text kFilePath = u"C:\\d\\File.txt";
 
 class RecycleBinMove : public DeletionTest {
  protected:
-  RecycleBinMove() { AddFile(kPath); }
+  RecycleBinMove() { AddFile(kFilePath); }
 
-  std::int32_t Move(const Text& path = kPath) { return Run(kMoveToRecycleBin, path); }
-  void ExpectRefused(const Text& path = kPath) {
+  std::int32_t Move(const Text& path = kFilePath) { return Run(kMoveToRecycleBin, path); }
+  void ExpectRefused(const Text& path = kFilePath) {
     DeletionTest::ExpectRefused(kMoveToRecycleBin, path);
   }
-  void ExpectDone(const Text& path = kPath) {
+  void ExpectDone(const Text& path = kFilePath) {
     DeletionTest::ExpectDone(kMoveToRecycleBin, path, path);
   }
   std::uint64_t ShellDeletes() const { return windows_.CallCount(Call::kShellDelete); }
@@ -34,7 +34,7 @@ TEST_F(RecycleBinMove, A_file_goes_into_the_bin_by_the_operation_object_alone) {
 }
 
 TEST_F(RecycleBinMove, The_calls_for_a_file) {
-  EXPECT_EQ(CallsOf(kMoveToRecycleBin, kPath),
+  EXPECT_EQ(CallsOf(kMoveToRecycleBin, kFilePath),
             (Lines{"FullPathName C:\\d\\File.txt", "QueryAttributes C:\\d", "QueryAttributes C:\\",
                    "QueryAttributes C:\\d\\File.txt", "InitializeCom", "CreateFileOperation",
                    "SetOperationFlags 0x3654", "CreateShellItem C:\\d\\File.txt", "MarkForDeletion",
@@ -61,7 +61,7 @@ TEST_F(RecycleBinMove, A_folder_with_anything_in_it_stays_and_the_shell_is_not_a
 
 TEST_F(RecycleBinMove, What_is_not_plain_never_reaches_the_shell) {
   windows_.AddLink(LinkKind::kJunction, u"C:\\j", u"C:\\d");
-  windows_.AddLink(LinkKind::kFileLink, u"C:\\l", kPath);
+  windows_.AddLink(LinkKind::kFileLink, u"C:\\l", kFilePath);
   windows_.AddPlaceholder(u"C:\\p", 1);
   for (const Char* path : {u"C:\\j", u"C:\\l", u"C:\\p", u"C:\\j\\File.txt", u"C:\\missing"}) {
     ExpectRefused(path);
@@ -72,10 +72,10 @@ TEST_F(RecycleBinMove, What_is_not_plain_never_reaches_the_shell) {
 
 // The shell asks nobody, and the library does not change the attribute for it.
 TEST_F(RecycleBinMove, A_read_only_file_is_what_the_shell_takes_it_for) {
-  windows_.SetAttributes(kPath, platform::kAttributeReadOnly);
+  windows_.SetAttributes(kFilePath, platform::kAttributeReadOnly);
   windows_.SetHook([this](const simulated::CallRecord& record) {
     if (record.call == Call::kPerformOperations) {
-      EXPECT_EQ(windows_.Find(kPath)->attributes, platform::kAttributeReadOnly);
+      EXPECT_EQ(windows_.Find(kFilePath)->attributes, platform::kAttributeReadOnly);
     }
   });
   ExpectDone();
@@ -83,15 +83,15 @@ TEST_F(RecycleBinMove, A_read_only_file_is_what_the_shell_takes_it_for) {
 }
 
 TEST_F(RecycleBinMove, A_file_in_use_stays) {
-  windows_.Lock(kPath, platform::kShareRead);
+  windows_.Lock(kFilePath, platform::kShareRead);
   ExpectRefused();
   EXPECT_EQ(ShellDeletes(), 1u);
-  windows_.Unlock(kPath);
+  windows_.Unlock(kFilePath);
   ExpectDone();
 }
 
 TEST_F(RecycleBinMove, A_file_that_may_not_be_deleted_stays) {
-  windows_.Deny(kPath, {.deleting = true});
+  windows_.Deny(kFilePath, {.deleting = true});
   ExpectRefused();
   EXPECT_EQ(ShellDeletes(), 1u);
 }
@@ -100,20 +100,20 @@ TEST_F(RecycleBinMove, A_file_that_may_not_be_deleted_stays) {
 
 TEST_F(RecycleBinMove, The_calls_when_the_operation_reports_success_and_the_file_is_still_there) {
   windows_.SetRecyclingIneffective(true);
-  EXPECT_EQ(CallsOf(kMoveToRecycleBin, kPath),
+  EXPECT_EQ(CallsOf(kMoveToRecycleBin, kFilePath),
             (Lines{"FullPathName C:\\d\\File.txt", "QueryAttributes C:\\d", "QueryAttributes C:\\",
                    "QueryAttributes C:\\d\\File.txt", "InitializeCom", "CreateFileOperation",
                    "SetOperationFlags 0x3654", "CreateShellItem C:\\d\\File.txt", "MarkForDeletion",
                    "PerformOperations", "QueryOperationsAborted", "UninitializeCom",
                    "QueryAttributes C:\\d\\File.txt", "FullPathName C:\\d\\File.txt",
                    "ShellDelete C:\\d\\File.txt 0x3454"}));
-  EXPECT_EQ(windows_.recycled(), std::vector<Text>{kPath});
+  EXPECT_EQ(windows_.recycled(), std::vector<Text>{kFilePath});
 }
 
 TEST_F(RecycleBinMove, After_an_operation_without_effect_the_second_way_decides) {
   windows_.SetRecyclingIneffective(true);
   ExpectDone();
-  AddFile(kPath);
+  AddFile(kFilePath);
   windows_.SetShellDeleteResult(0x75, false, true);
   ExpectRefused();
   windows_.SetShellDeleteResult(0, true, true);
@@ -122,7 +122,7 @@ TEST_F(RecycleBinMove, After_an_operation_without_effect_the_second_way_decides)
 
 TEST_F(RecycleBinMove, The_calls_after_an_aborted_operation_do_not_ask_for_the_file) {
   windows_.SetOperationsAborted(true);
-  Lines calls = CallsOf(kMoveToRecycleBin, kPath);
+  Lines calls = CallsOf(kMoveToRecycleBin, kFilePath);
   ASSERT_GE(calls.size(), 4u);
   calls.erase(calls.begin(), calls.end() - 4);
   EXPECT_EQ(calls, (Lines{"QueryOperationsAborted", "UninitializeCom",
@@ -132,7 +132,7 @@ TEST_F(RecycleBinMove, The_calls_after_an_aborted_operation_do_not_ask_for_the_f
 TEST_F(RecycleBinMove, After_an_aborted_operation_the_second_way_decides) {
   windows_.SetOperationsAborted(true);
   ExpectDone();
-  AddFile(kPath);
+  AddFile(kFilePath);
   windows_.SetShellDeleteResult(0x4C7, false, true);
   ExpectRefused();
 }
@@ -156,7 +156,7 @@ TEST_F(RecycleBinMove, A_second_way_that_reports_success_is_not_checked) {
   const std::string before = windows_.Describe();
   EXPECT_EQ(Move(), 1);
   EXPECT_EQ(windows_.Describe(), before);
-  EXPECT_EQ(CallsOf(kMoveToRecycleBin, kPath).back(), "ShellDelete C:\\d\\File.txt 0x3454");
+  EXPECT_EQ(CallsOf(kMoveToRecycleBin, kFilePath).back(), "ShellDelete C:\\d\\File.txt 0x3454");
 }
 
 TEST_F(RecycleBinMove, The_second_way_gets_the_absolute_path) {
@@ -168,14 +168,14 @@ TEST_F(RecycleBinMove, The_second_way_gets_the_absolute_path) {
     const Lines calls = CallsOf(kMoveToRecycleBin, given);
     EXPECT_EQ(calls.back(), std::string("ShellDelete ") + absolute + " 0x3454");
     EXPECT_EQ(calls[calls.size() - 2], "FullPathName " + Utf8(given));
-    EXPECT_FALSE(windows_.Exists(kPath));
-    AddFile(kPath);
+    EXPECT_FALSE(windows_.Exists(kFilePath));
+    AddFile(kFilePath);
   }
 }
 
 TEST_F(RecycleBinMove, The_second_way_asks_for_the_absolute_path_with_room_for_32768_units) {
   windows_.SetOperationsAborted(true);
-  CallsOf(kMoveToRecycleBin, kPath);
+  CallsOf(kMoveToRecycleBin, kFilePath);
   int asked = 0;
   for (const simulated::CallRecord& record : windows_.record()) {
     if (record.call == Call::kFullPathName) {
@@ -208,9 +208,9 @@ TEST_F(RecycleBinMove, Without_an_absolute_path_there_is_no_second_way) {
 // The operation object cannot read such a spelling, so these always take the second way.
 TEST_F(RecycleBinMove, Slashes_and_relative_paths_reach_the_bin_all_the_same) {
   windows_.SetCurrentFolder(u"C:\\d");
-  DeletionTest::ExpectDone(kMoveToRecycleBin, u"C:/d/File.txt", kPath);
-  AddFile(kPath);
-  DeletionTest::ExpectDone(kMoveToRecycleBin, u"File.txt", kPath);
+  DeletionTest::ExpectDone(kMoveToRecycleBin, u"C:/d/File.txt", kFilePath);
+  AddFile(kFilePath);
+  DeletionTest::ExpectDone(kMoveToRecycleBin, u"File.txt", kFilePath);
   EXPECT_EQ(ShellDeletes(), 2u);
 }
 
@@ -225,7 +225,7 @@ TEST_F(RecycleBinMove, The_item_of_an_extended_path_is_made_again_without_the_pr
                    "CreateShellItem \\\\?\\C:\\d\\File.txt", "CreateShellItem C:\\d\\File.txt",
                    "MarkForDeletion", "PerformOperations", "QueryOperationsAborted",
                    "UninitializeCom", "QueryAttributes \\\\?\\C:\\d\\File.txt"}));
-  EXPECT_EQ(windows_.recycled(), std::vector<Text>{kPath});
+  EXPECT_EQ(windows_.recycled(), std::vector<Text>{kFilePath});
 }
 
 TEST_F(RecycleBinMove, The_item_of_an_extended_share_is_made_again_with_two_separators) {
@@ -331,12 +331,12 @@ TEST_F(RecycleBinMove, A_long_path_on_a_share_loses_its_prefix_for_the_second_it
 // Without its prefix the path would name the neighbour: the system drops a dot or a blank there.
 TEST_F(RecycleBinMove, A_name_that_ends_in_a_dot_or_a_blank_is_not_its_neighbour) {
   for (const Char* tail : {u".", u" ", u". "}) {
-    const Text other = kPath + tail;
-    AddFile(kPath);
+    const Text other = kFilePath + tail;
+    AddFile(kFilePath);
     AddFile(other);
     const Lines before = DiskOf(windows_);
     const std::int32_t answer = Move(u"\\\\?\\" + other);
-    EXPECT_TRUE(windows_.Exists(kPath)) << "another file than the named one has gone";
+    EXPECT_TRUE(windows_.Exists(kFilePath)) << "another file than the named one has gone";
     EXPECT_EQ(answer, windows_.Exists(other) ? 0 : 1);
     EXPECT_EQ(NewSince(before, windows_), Lines{});
     if (windows_.Exists(other)) {
@@ -349,7 +349,7 @@ TEST_F(RecycleBinMove, A_folder_whose_name_ends_in_a_dot_is_not_its_neighbour) {
   AddFile(u"C:\\d.\\File.txt");
   const Lines before = DiskOf(windows_);
   const std::int32_t answer = Move(u"\\\\?\\C:\\d.\\File.txt");
-  EXPECT_TRUE(windows_.Exists(kPath)) << "another file than the named one has gone";
+  EXPECT_TRUE(windows_.Exists(kFilePath)) << "another file than the named one has gone";
   EXPECT_EQ(answer, windows_.Exists(u"C:\\d.\\File.txt") ? 0 : 1);
   EXPECT_EQ(NewSince(before, windows_), Lines{});
 }
@@ -357,10 +357,10 @@ TEST_F(RecycleBinMove, A_folder_whose_name_ends_in_a_dot_is_not_its_neighbour) {
 // ---- The guarded form
 
 TEST_F(RecycleBinMove, The_guarded_form_takes_both_ways) {
-  DeletionTest::ExpectDone(kMoveSnapshotToRecycleBin, kPath, kPath);
-  AddFile(kPath);
+  DeletionTest::ExpectDone(kMoveSnapshotToRecycleBin, kFilePath, kFilePath);
+  AddFile(kFilePath);
   windows_.SetOperationsAborted(true);
-  DeletionTest::ExpectDone(kMoveSnapshotToRecycleBin, kPath, kPath);
+  DeletionTest::ExpectDone(kMoveSnapshotToRecycleBin, kFilePath, kFilePath);
   EXPECT_EQ(ShellDeletes(), 1u);
 }
 

@@ -13,7 +13,7 @@ namespace {
 
 using platform::Error;
 
-const Text kPath = u"C:\\d\\f";
+const Text kStepsPath = u"C:\\d\\f";
 const Text kExtended = u"\\\\?\\C:\\d\\f";
 
 struct Step : support::NamedCase {
@@ -48,7 +48,7 @@ constexpr std::uint32_t kFailures[] = {0x80004005, 0x8007000E, 0x80070005,
 class RecycleSteps : public DeletionTest, public ::testing::WithParamInterface<Step> {
  protected:
   RecycleSteps() {
-    AddFile(kPath);
+    AddFile(kStepsPath);
     // Whatever is closed has to be closed before COM goes.
     windows_.SetHook([this](const simulated::CallRecord& record) {
       if (record.call == Call::kUninitializeCom) {
@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(All, RecycleSteps, ::testing::ValuesIn(kSteps), support
 TEST_P(RecycleSteps, A_step_that_fails_is_the_last_one_and_the_second_way_follows) {
   for (const std::uint32_t failure : kFailures) {
     SCOPED_TRACE(failure);
-    AddFile(kPath);
+    AddFile(kStepsPath);
     windows_.ClearFaults();
     windows_.FailCall(GetParam().call, 1, Repeat::kOnce, Error{failure});
     Lines expected(kSequence.begin(),
@@ -82,8 +82,8 @@ TEST_P(RecycleSteps, A_step_that_fails_is_the_last_one_and_the_second_way_follow
     }
     expected.push_back("FullPathName C:\\d\\f");
     expected.push_back("ShellDelete C:\\d\\f 0x3454");
-    EXPECT_EQ(ShellCalls(kPath), expected);
-    EXPECT_FALSE(windows_.Exists(kPath));
+    EXPECT_EQ(ShellCalls(kStepsPath), expected);
+    EXPECT_FALSE(windows_.Exists(kStepsPath));
     EXPECT_EQ(windows_.open_handles(), 0u);
   }
 }
@@ -94,20 +94,20 @@ TEST_P(RecycleSteps, A_step_that_fails_is_the_end_of_an_extended_path) {
   EXPECT_EQ(calls.back(),
             GetParam().call == Call::kInitializeCom ? "InitializeCom" : "UninitializeCom");
   EXPECT_EQ(windows_.CallCount(Call::kShellDelete), 0u);
-  EXPECT_EQ(windows_.Exists(kPath), !GetParam().performed);
+  EXPECT_EQ(windows_.Exists(kStepsPath), !GetParam().performed);
 }
 
 TEST_P(RecycleSteps, The_answer_after_a_failed_step_is_that_of_the_second_way) {
   windows_.FailCall(GetParam().call, 1);
   // A file that has gone already is missing for the second way.
-  EXPECT_EQ(Run(kMoveToRecycleBin, kPath), GetParam().performed ? 0 : 1);
-  EXPECT_EQ(windows_.recycled(), std::vector<Text>{kPath});
-  AddFile(kPath);
+  EXPECT_EQ(Run(kMoveToRecycleBin, kStepsPath), GetParam().performed ? 0 : 1);
+  EXPECT_EQ(windows_.recycled(), std::vector<Text>{kStepsPath});
+  AddFile(kStepsPath);
   windows_.SetShellDeleteResult(5, false, true);
   windows_.ClearFaults();
   windows_.FailCall(GetParam().call, 1);
-  EXPECT_EQ(Run(kMoveToRecycleBin, kPath), 0);
-  EXPECT_EQ(windows_.Exists(kPath), !GetParam().performed);
+  EXPECT_EQ(Run(kMoveToRecycleBin, kStepsPath), 0);
+  EXPECT_EQ(windows_.Exists(kStepsPath), !GetParam().performed);
 }
 
 TEST_P(RecycleSteps, COM_stays_as_the_caller_has_left_it) {
@@ -115,7 +115,7 @@ TEST_P(RecycleSteps, COM_stays_as_the_caller_has_left_it) {
   windows_.ClearRecord();
   windows_.ClearFaults();
   windows_.FailCall(GetParam().call, 1);
-  Run(kMoveToRecycleBin, kPath);
+  Run(kMoveToRecycleBin, kStepsPath);
   EXPECT_EQ(windows_.CallCount(Call::kInitializeCom), 1u);
   EXPECT_EQ(windows_.CallCount(Call::kUninitializeCom),
             GetParam().call == Call::kInitializeCom ? 0u : 1u);
@@ -132,26 +132,26 @@ TEST_P(RecycleSteps, In_the_other_apartment_COM_is_not_uninitialised_after_a_fai
   if (GetParam().call != Call::kInitializeCom) {
     windows_.FailCall(GetParam().call, 1);
   }
-  Run(kMoveToRecycleBin, kPath);
+  Run(kMoveToRecycleBin, kStepsPath);
   EXPECT_EQ(windows_.CallCount(Call::kUninitializeCom), 0u);
   EXPECT_EQ(windows_.open_handles(), 0u);
-  EXPECT_FALSE(windows_.Exists(kPath));
+  EXPECT_FALSE(windows_.Exists(kStepsPath));
 }
 
 class RecycleCom : public DeletionTest {
  protected:
-  RecycleCom() { AddFile(kPath); }
+  RecycleCom() { AddFile(kStepsPath); }
 };
 
 TEST_F(RecycleCom, A_fresh_initialisation_is_undone) {
-  EXPECT_EQ(Run(kMoveToRecycleBin, kPath), 1);
+  EXPECT_EQ(Run(kMoveToRecycleBin, kStepsPath), 1);
   EXPECT_EQ(windows_.CallCount(Call::kInitializeCom), 1u);
   EXPECT_EQ(windows_.CallCount(Call::kUninitializeCom), 1u);
 }
 
 TEST_F(RecycleCom, A_second_initialisation_is_undone_as_well) {
   ASSERT_EQ(platform::InitializeCom(), platform::kComOk);
-  EXPECT_EQ(Run(kMoveToRecycleBin, kPath), 1);
+  EXPECT_EQ(Run(kMoveToRecycleBin, kStepsPath), 1);
   EXPECT_EQ(windows_.CallCount(Call::kUninitializeCom), 1u);
   EXPECT_EQ(windows_.CallCount(Call::kShellDelete), 0u);
   platform::UninitializeCom();  // would end the test if the library had undone too much
@@ -159,12 +159,12 @@ TEST_F(RecycleCom, A_second_initialisation_is_undone_as_well) {
 
 TEST_F(RecycleCom, A_thread_in_the_other_apartment_is_used_as_it_is) {
   windows_.SetComMultithreaded(true);
-  EXPECT_EQ(CallsOf(kMoveToRecycleBin, kPath),
+  EXPECT_EQ(CallsOf(kMoveToRecycleBin, kStepsPath),
             (Lines{"FullPathName C:\\d\\f", "QueryAttributes C:\\d", "QueryAttributes C:\\",
                    "QueryAttributes C:\\d\\f", "InitializeCom", "CreateFileOperation",
                    "SetOperationFlags 0x3654", "CreateShellItem C:\\d\\f", "MarkForDeletion",
                    "PerformOperations", "QueryOperationsAborted", "QueryAttributes C:\\d\\f"}));
-  EXPECT_EQ(windows_.recycled(), std::vector<Text>{kPath});
+  EXPECT_EQ(windows_.recycled(), std::vector<Text>{kStepsPath});
 }
 
 // Only the exact code of the other apartment is good enough to go on.
@@ -184,21 +184,21 @@ TEST_F(RecycleCom, The_last_question_decides_after_a_success) {
   windows_.SetRecyclingIneffective(true);
   // The folder, the root, the file itself; then the file again.
   windows_.FailCall(Call::kQueryAttributes, 4);
-  EXPECT_EQ(Run(kMoveToRecycleBin, kPath), 1);
-  EXPECT_TRUE(windows_.Exists(kPath));
+  EXPECT_EQ(Run(kMoveToRecycleBin, kStepsPath), 1);
+  EXPECT_TRUE(windows_.Exists(kStepsPath));
   EXPECT_EQ(windows_.CallCount(Call::kShellDelete), 0u);
 }
 
 TEST_F(RecycleCom, Something_new_at_the_place_counts_as_still_there) {
   windows_.SetHook([this](const simulated::CallRecord& record) {
     if (record.call == Call::kUninitializeCom) {
-      windows_.AddFile(kPath, "another");
+      windows_.AddFile(kStepsPath, "another");
       windows_.SetShellDeleteResult(5, false, true);
     }
   });
-  EXPECT_EQ(Run(kMoveToRecycleBin, kPath), 0);
+  EXPECT_EQ(Run(kMoveToRecycleBin, kStepsPath), 0);
   EXPECT_EQ(windows_.CallCount(Call::kShellDelete), 1u);
-  EXPECT_EQ(windows_.ContentOf(kPath), "another");
+  EXPECT_EQ(windows_.ContentOf(kStepsPath), "another");
 }
 
 TEST_F(RecycleCom, Each_thread_has_its_own_balance) {

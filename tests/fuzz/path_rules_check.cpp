@@ -114,7 +114,7 @@ void CheckUnder(const Text& path, const Text& prefix, PathRulesSeen& seen) {
   seen.under |= expected && !prefix.empty();
 }
 
-void CheckNulls(const Text& path) {
+void CheckNullPaths(const Text& path) {
   std::uint64_t needed = 77;
   GuardedBuffer<Char> buffer(8);
   Demand(
@@ -145,7 +145,7 @@ PathRulesSeen CheckPathRules(std::string_view bytes) {
   for (const Text* path : {&a, &b}) {
     CheckNormalize(*path, seen);
     CheckForms(*path, seen);
-    CheckNulls(*path);
+    CheckNullPaths(*path);
   }
   CheckCombine(a, b, seen);
   CheckContains(a, b, seen);

@@ -8,6 +8,7 @@
 #include "faults/allocation_faults.h"
 #include "faults/call_sweep.h"
 #include "faults/lock_faults.h"
+#include "faults/nth_time.h"
 #include "session/session_fixture.h"
 #include "support/sweep_record.h"
 
@@ -16,10 +17,9 @@ namespace {
 
 using faults::AllocationFaults;
 using faults::CallFault;
+using faults::kTooMany;
 using faults::LockFaults;
 using faults::Met;
-
-constexpr std::uint64_t kTooMany = 20'000;
 
 // One machine, its scan, and one clean of four of its seven files, in an order of their own.
 class FaultedClean {

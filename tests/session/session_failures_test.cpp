@@ -7,6 +7,7 @@
 
 #include "faults/allocation_faults.h"
 #include "faults/lock_faults.h"
+#include "faults/nth_time.h"
 #include "session/session_fixture.h"
 #include "support/sweep_record.h"
 
@@ -14,9 +15,8 @@ namespace quastel::session_tests {
 namespace {
 
 using faults::AllocationFaults;
+using faults::kTooMany;
 using faults::LockFaults;
-
-constexpr std::uint64_t kTooMany = 20'000;
 
 TEST(SessionFailures, Creating_without_memory_fails_and_stores_null) {
   SimulatedWindows machine;

@@ -12,7 +12,6 @@ target_link_libraries(handles_stress PRIVATE
   simulated_windows quastel_core_host simulated_windows)
 target_include_directories(handles_stress PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 quastel_compile_options(handles_stress)
-quastel_compile_apart(handles_stress)
 
 # Where races are found it takes its time; elsewhere it shows that the answers are right.
 if(QUASTEL_SANITIZE STREQUAL "thread")

@@ -5,6 +5,7 @@
 #define QUASTEL_TESTS_STRESS_STRESSED_HANDLE_H_
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <random>
@@ -16,6 +17,9 @@
 namespace quastel::stress {
 
 using Random = std::mt19937;
+
+inline constexpr std::uint64_t kLargestSmallFile = 10'485'760;
+inline constexpr std::size_t kCapacity = 300;  // longer than any text here
 
 // What happened, to show that there was stress at all.
 struct Tally {

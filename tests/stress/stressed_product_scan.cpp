@@ -11,8 +11,6 @@
 namespace quastel::stress {
 namespace {
 
-constexpr std::uint64_t kLargestSmallFile = 10'485'760;
-
 std::vector<std::uint64_t> SizesFor(std::uint32_t kind) {
   switch (kind) {
     case QS_SCAN_KIND_LARGE_FILES:

@@ -8,8 +8,6 @@
 namespace quastel::stress {
 namespace {
 
-constexpr std::size_t kCapacity = 300;  // longer than any text here
-
 void DemandGoodState(std::uint32_t state, qs_status status) {
   switch (state) {
     case QS_STATE_IDLE:

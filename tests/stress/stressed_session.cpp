@@ -7,12 +7,6 @@
 #include "support/text.h"
 
 namespace quastel::stress {
-namespace {
-
-constexpr std::uint64_t kLargestSmallFile = 10'485'760;
-constexpr std::size_t kCapacity = 300;  // longer than any text here
-
-}  // namespace
 
 StressedSession::StressedSession(simulated::SimulatedWindows& machine, std::uint32_t mode,
                                  std::string_view name)

@@ -10,7 +10,7 @@ namespace {
 
 using junk::RuleNode;
 
-constexpr const Char* kDownloads = u"Page_JunkFiles_Report_Category_Downloads";
+constexpr const Char* kNotSelectedAtFirst = u"Page_JunkFiles_Report_Category_Downloads";
 constexpr std::uint64_t kFirstGroup = std::uint64_t{1} << 60;
 
 struct Place {
@@ -33,7 +33,7 @@ class Walker {
       if (!name || name->empty()) {
         return QS_FAILED;
       }
-      selected_ = *name != kDownloads;
+      selected_ = *name != kNotSelectedAtFirst;
       outcome_.current_group = *name;
       const std::uint64_t id = next_category++;
       AddHeader(id, 0, *name, Text());

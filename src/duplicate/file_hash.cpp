@@ -31,7 +31,7 @@ qs_status HashFile(const Char* path, std::uint32_t* cancel, std::string& text) {
   }
   XxHash32 hash;
   for (;;) {
-    if (IsCancelRequested(cancel)) {
+    if (IsCancelLoaded(cancel)) {
       return QS_CANCELLED;
     }
     const auto read = platform::ReadFrom(file.value(), buffer, kThreadBufferSize);
@@ -41,7 +41,7 @@ qs_status HashFile(const Char* path, std::uint32_t* cancel, std::string& text) {
     if (read.value() == 0) {
       break;
     }
-    if (IsCancelRequested(cancel)) {
+    if (IsCancelLoaded(cancel)) {
       return QS_CANCELLED;
     }
     hash.Update(buffer, read.value());

@@ -18,6 +18,11 @@ inline bool IsCancelRequested(std::uint32_t* flag) noexcept {
   return !std::atomic_ref<std::uint32_t>(*flag).compare_exchange_strong(expected, 0);
 }
 
+// The same by a load, which works for a flag in memory that cannot be written as well.
+inline bool IsCancelLoaded(std::uint32_t* flag) noexcept {
+  return flag != nullptr && std::atomic_ref<std::uint32_t>(*flag).load() != 0;
+}
+
 // A handle's own flag, with the address that enumeration and hashing take.
 class CancelFlag {
  public:

@@ -140,6 +140,15 @@ TEST_F(FileHash, Any_value_but_0_cancels_and_stays) {
   EXPECT_EQ(cancel, 0u);
 }
 
+TEST_F(FileHash, The_flag_may_lie_in_memory_that_cannot_be_written) {
+  machine_.AddFile(u"C:\\file", "abc");
+  static const std::uint32_t not_cancelled = 0;
+  EXPECT_EQ(HashAnswer(u"C:\\file", const_cast<std::uint32_t*>(&not_cancelled)), TextOf("abc"));
+  static const std::uint32_t cancelled = 1;
+  EXPECT_EQ(HashAnswer(u"C:\\file", const_cast<std::uint32_t*>(&cancelled)),
+            Untouched(QS_CANCELLED, kHashCapacity));
+}
+
 TEST_F(FileHash, A_file_that_cannot_be_opened_fails_even_when_cancelled) {
   std::uint32_t cancel = 1;
   EXPECT_EQ(HashAnswer(u"C:\\missing", &cancel), Untouched(QS_FAILED, kHashCapacity));

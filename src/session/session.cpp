@@ -87,7 +87,7 @@ qs_status Session::CopyRow(std::uint64_t index, const SessionTextTarget& path,
   const SessionRow& source = rows_[static_cast<std::size_t>(index)];
   row = {.size = source.size, .modified = source.modified, .deleted = source.deleted ? 1u : 0u};
   // Each text is copied or refused by itself; one refusal is the answer.
-  return std::max(Deliver(source.path, path), Deliver(source.name, name));
+  return std::max({Deliver(source.path, path), Deliver(source.name, name)});
 }
 
 }  // namespace quastel

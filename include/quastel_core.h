@@ -97,7 +97,9 @@
  *
  * 13. Snapshots. The path, size and last-write time that a row or callback gave. The cleans, and
  *     the deletion functions with "snapshot" in their name, remove a file only while all of it is
- *     unchanged.
+ *     unchanged. On some disks a file's name ends in a dot or a blank. Unless it has the
+ *     extended-length prefix, its path means another file to the system: the cleans never delete
+ *     such a row. A walk does not enter a folder whose path would lead into another one.
  *
  * 14. Protection. When it is asked for, the folders Program Files, Program Files (x86), Windows,
  *     ProgramData and $Recycle.Bin directly below `system_root` and the folder AppData directly
@@ -1350,8 +1352,8 @@ QS_API qs_status qs_product_scan_report_row_parent_group_id(qs_product_scan* sca
  * of a junk scan go longest path first, and after each of them its folder is removed as well if
  * qs_empty_directory_eligible accepts it. Nothing goes to the Recycle Bin. The report stays as it
  * is apart from the `deleted` marks, so another clean may name other rows. At least one file of
- * every set of duplicates always stays. A path with a name that ends in a dot or a blank means
- * another file to the system: its row is never deleted, and is no copy that stays.
+ * every set of duplicates always stays; a row whose name ends in a dot or a blank is no such copy
+ * (convention 13).
  *
  * \param scan the handle
  * \param item_ids array of `count` ids of items, none twice; may be null when `count` is 0

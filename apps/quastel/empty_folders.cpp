@@ -48,7 +48,13 @@ void List(Visit& visit) {
       visit.has_files = true;
     } else if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 &&
                !IsDots(entry.cFileName)) {
-      visit.subfolders.push_back(TidyPath(visit.path + L"\\" + entry.cFileName));
+      const std::wstring_view name(entry.cFileName);
+      // The system takes "name." in a path for "name": what is in there cannot be seen.
+      if (name.ends_with(L'.') || name.ends_with(L' ')) {
+        visit.kept = true;
+      } else {
+        visit.subfolders.push_back(TidyPath(visit.path + L"\\" + entry.cFileName));
+      }
     }
   } while (FindNextFileW(search, &entry) != 0);
   FindClose(search);

@@ -16,7 +16,7 @@ constexpr std::array<TextView, 6> kDeviceStems = {QS_TEXT("aux"), QS_TEXT("com")
 
 // Whether the system leaves the name as it is when it resolves the path of a file.
 bool IsKeptAsItIs(TextView name) {
-  if (name.empty() || name.back() == Char{'.'} || name.back() == Char{' '}) {
+  if (name.empty() || EndsInDotOrBlank(name)) {
     return false;
   }
   return std::none_of(kDeviceStems.begin(), kDeviceStems.end(),
@@ -48,6 +48,11 @@ const Text& CacheKeys::Of(TextView folder, TextView leaf) {
   if (folder.data() != folder_.data() || folder.size() != folder_.size()) {
     EnterFolder(folder);
   }
+  if (!keeps_its_names_ || (IsExtendedPath(folder) && EndsInDotOrBlank(leaf))) {
+    key_.clear();
+    folder_ = {};
+    return key_;
+  }
   if (is_resolved_ && IsKeptAsItIs(leaf)) {
     key_.resize(folder_length_ + leaf.size());
     std::transform(leaf.begin(), leaf.end(),
@@ -65,6 +70,7 @@ void CacheKeys::EnterFolder(TextView folder) {
   folder_ = folder;
   const std::optional<Text> resolved = ResolveFully(Text(folder));
   is_resolved_ = resolved && !resolved->empty() && resolved->back() == Char{'\\'};
+  keeps_its_names_ = !resolved || !IsExtendedPath(folder) || HaveSameNames(folder, *resolved);
   if (is_resolved_) {
     key_ = *resolved;
     std::transform(key_.begin(), key_.end(), key_.begin(), [this](Char c) { return Fold(c); });

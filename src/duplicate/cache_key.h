@@ -19,7 +19,8 @@ class CacheKeys {
   CacheKeys();
 
   // The key of folder + leaf, where the folder ends in a separator. The folder's text has to stay
-  // where it is until another one is asked for. The key is valid until the next call.
+  // where it is until another one is asked for. The key is valid until the next call. Empty where
+  // resolving makes the paths of two files one: what is known of the one is not true of the other.
   const Text& Of(TextView folder, TextView leaf);
 
  private:
@@ -29,6 +30,7 @@ class CacheKeys {
   std::array<Char, 128> folded_ascii_ = {};
   TextView folder_;
   bool is_resolved_ = false;
+  bool keeps_its_names_ = true;
   std::size_t folder_length_ = 0;
   Text key_;
 };

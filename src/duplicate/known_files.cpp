@@ -33,7 +33,8 @@ void KnownFiles::FindSamples(SampledFiles& sampled, std::uint32_t* cancel) {
     if (IsCancelRequested(cancel)) {
       return;
     }
-    entries_[file] = cache_.Find(KeyOf(sampled[file].candidate));
+    const Text& key = KeyOf(sampled[file].candidate);
+    entries_[file] = key.empty() ? HashCache::kNone : cache_.Find(key);
     if (const CacheEntry* entry = ValidEntry(sampled[file], file)) {
       sampled[file].result = entry->sample;
     }
@@ -65,6 +66,9 @@ void KnownFiles::Remember(const SampledFiles& sampled, SampledIndex file,
   HashCache::Index index = EntryOf(file);
   if (index == HashCache::kNone) {
     const Text& key = KeyOf(seen.candidate);
+    if (key.empty()) {
+      return;
+    }
     index = cache_.size() < kMaxEntries ? cache_.FindOrAdd(key) : cache_.Find(key);
   }
   if (index == HashCache::kNone) {

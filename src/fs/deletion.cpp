@@ -27,7 +27,7 @@ TextView FolderPart(TextView path) {
 // Resolving drops the dots and blanks at the end of a name even behind an extended-length prefix,
 // where they count. Then the folders that were looked at are not those that the path goes through.
 bool HasOtherFolders(TextView path, TextView resolved) {
-  return IsExtendedPath(path) && FolderPart(path) != FolderPart(resolved);
+  return IsExtendedPath(path) && !HaveSameNames(FolderPart(path), FolderPart(resolved));
 }
 
 bool IsSafeFolder(const Text& folder) {
@@ -46,7 +46,10 @@ bool HasUnsafeAncestor(const Char* path) {
   if (!resolved || HasOtherFolders(path, *resolved)) {
     return true;
   }
-  Text folder = ToLongPath(*std::move(resolved));
+  // A folder "name " is on the way, but asked for by itself it would be "name".
+  const bool has_such_folder = HasDroppedEnding(FolderPart(*resolved));
+  Text folder = *std::move(resolved);
+  folder = has_such_folder ? WithExtendedPrefix(std::move(folder)) : ToLongPath(std::move(folder));
   const std::size_t root = RootLength(folder);
   if (root == 0) {
     return true;
@@ -107,10 +110,6 @@ bool DeletePermanently(const Char* path) {
 
 bool DeleteSnapshotPermanently(const Char* path, const FileSnapshot& snapshot) {
   return MatchesSnapshot(path, snapshot) && DeletePermanently(path);
-}
-
-bool DeleteFound(const Text& path, const FileSnapshot& snapshot) {
-  return !HasDroppedEnding(path) && DeleteSnapshotPermanently(path.c_str(), snapshot);
 }
 
 }  // namespace quastel

@@ -38,11 +38,6 @@ bool DeletePermanently(const Char* path);
 // process does between them is not noticed.
 bool DeleteSnapshotPermanently(const Char* path, const FileSnapshot& snapshot);
 
-// The same for a file that a walk found. A walk meets "name." on some disks, and everything that
-// then reads that path reads "name": such a row does not say which file it is about, and removes
-// none.
-bool DeleteFound(const Text& path, const FileSnapshot& snapshot);
-
 }  // namespace quastel
 
 #endif  // QUASTEL_FS_DELETION_H_

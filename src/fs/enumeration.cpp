@@ -14,6 +14,12 @@ namespace {
 
 constexpr TextView kEverything = QS_TEXT("*");
 
+// A blank at the end of the root's name is dropped when the root is asked for, but not when it is
+// searched: these may be two folders.
+bool LeadsIntoRealFolder(const Text& root) {
+  return !EndsInDotOrBlank(root) || IsRealDirectory(Text(root).append(1, Char{'\\'}));
+}
+
 // One recursive walk: a stack of folders still to be listed.
 class FileWalk {
  public:
@@ -24,7 +30,7 @@ class FileWalk {
         user_(user) {}
 
   qs_status Run(Text root) {
-    if (!IsRealDirectory(root) || IsProtected(root)) {
+    if (!IsRealDirectory(root) || !LeadsIntoRealFolder(root) || IsProtected(root)) {
       return QS_OK;
     }
     pending_.push_back(std::move(root));
@@ -121,7 +127,7 @@ class FileWalk {
       return;
     }
     const Text& folder = entry_path_.Of(entry.name);
-    if (!IsProtected(folder)) {
+    if (LeadsIntoFolder(folder, entry.name) && !IsProtected(folder)) {
       pending_.push_back(folder);
     }
   }

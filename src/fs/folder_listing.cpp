@@ -1,15 +1,25 @@
 #include "fs/folder_listing.h"
 
+#include <utility>
+
 #include "fs/path_rules.h"
 
 namespace quastel {
+namespace {
+
+// Behind a separator the last name of a folder keeps a blank at its end when it is resolved.
+Text AsFolder(Text folder) {
+  return EndsInDotOrBlank(folder) ? std::move(folder.append(1, Char{'\\'})) : std::move(folder);
+}
+
+}  // namespace
 
 // When the two together are long the prefix goes onto the folder alone: resolving would take a
 // trailing dot off the pattern.
 Text SearchText(const Text& folder, TextView pattern) {
   const bool is_long = folder.size() + 1 + pattern.size() >= kLongPathThreshold;
   if (is_long && !IsExtendedPath(folder)) {
-    return JoinPath(ToExtendedPath(folder), pattern);
+    return JoinPath(ToExtendedPath(AsFolder(folder)), pattern);
   }
   return Text(folder).append(1, Char{'\\'}).append(pattern);
 }
@@ -33,6 +43,10 @@ const Text& EntryPath::Of(TextView name) {
   }
   long_path_ = ToExtendedPath(path_);
   return long_path_;
+}
+
+Text EntryPath::ExactlyOf(TextView name) const {
+  return JoinPath(ToExtendedPath(path_.substr(0, folder_length_)), name);
 }
 
 }  // namespace quastel

@@ -31,6 +31,9 @@ class EntryPath {
   // The full path of an entry, in the form that callers and system calls get.
   const Text& Of(TextView name);
 
+  // The path that leads to the entry also when the system would take the ending off its name.
+  Text ExactlyOf(TextView name) const;
+
  private:
   Text path_;
   Text long_path_;

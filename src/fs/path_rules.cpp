@@ -1,5 +1,6 @@
 #include "fs/path_rules.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -57,10 +58,17 @@ Text ToExtendedPath(Text path) {
   if (std::optional<Text> resolved = ResolveAtOnce(path.c_str())) {
     path = *std::move(resolved);
   }
-  if (path.starts_with(kUncPrefix)) {
-    return Text(kExtendedUncPrefix).append(path, kUncPrefix.size(), Text::npos);
+  return WithExtendedPrefix(std::move(path));
+}
+
+Text WithExtendedPrefix(Text absolute) {
+  if (IsExtendedPath(absolute)) {
+    return absolute;
   }
-  return Text(kExtendedPrefix).append(path);
+  if (absolute.starts_with(kUncPrefix)) {
+    return Text(kExtendedUncPrefix).append(absolute, kUncPrefix.size(), Text::npos);
+  }
+  return Text(kExtendedPrefix).append(absolute);
 }
 
 std::optional<Text> ResolveFully(const Text& path) {
@@ -126,6 +134,10 @@ std::optional<Text> ParentDirectoryOf(const Text& path) {
   return resolved;
 }
 
+bool EndsInDotOrBlank(TextView name) {
+  return !name.empty() && (name.back() == Char{'.'} || name.back() == Char{' '});
+}
+
 bool HasDroppedEnding(TextView path) {
   if (IsExtendedPath(path)) {
     return false;
@@ -134,13 +146,45 @@ bool HasDroppedEnding(TextView path) {
     const std::size_t end = NextSeparator(path, begin);
     const TextView name = path.substr(begin, end - begin);
     const bool goes_somewhere = name == QS_TEXT(".") || name == QS_TEXT("..");
-    if (!name.empty() && !goes_somewhere &&
-        (name.back() == Char{'.'} || name.back() == Char{' '})) {
+    if (!goes_somewhere && EndsInDotOrBlank(name)) {
       return true;
     }
     begin = end + 1;
   }
   return false;
+}
+
+bool LeadsToFile(TextView path, TextView name) {
+  // Resolving a long path has taken the ending off already.
+  return LeafOf(path) == name && (IsExtendedPath(path) || !EndsInDotOrBlank(name));
+}
+
+bool LeadsIntoFolder(const Text& path, TextView name) {
+  if (!EndsInDotOrBlank(name)) {
+    return true;
+  }
+  if (IsExtendedPath(path)) {
+    return LeafOf(path) == name;
+  }
+  // How many dots go is the system's affair.
+  const std::optional<Text> resolved = ResolveAtOnce(Text(path).append(1, Char{'\\'}).c_str());
+  return resolved && LeafOf(TextView(*resolved).substr(0, resolved->size() - 1)) == name;
+}
+
+bool HaveSameNames(TextView a, TextView b) {
+  constexpr Char kSeparator{'\\'};
+  const auto take_name = [](TextView& path) {
+    path.remove_prefix(std::min(path.find_first_not_of(kSeparator), path.size()));
+    const TextView name = path.substr(0, path.find(kSeparator));
+    path.remove_prefix(name.size());
+    return name;
+  };
+  while (!a.empty() || !b.empty()) {
+    if (take_name(a) != take_name(b)) {
+      return false;
+    }
+  }
+  return true;
 }
 
 std::size_t RootLength(TextView path) {

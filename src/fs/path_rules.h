@@ -32,6 +32,9 @@ bool IsExtendedPath(TextView path);
 // ToLongPath without the threshold.
 Text ToExtendedPath(Text path);
 
+// An absolute path with the extended-length prefix, otherwise unchanged.
+Text WithExtendedPrefix(Text absolute);
+
 // The long-path form of a path for one call, without a copy of a path that has it already.
 class LongPath {
  public:
@@ -62,9 +65,23 @@ Text ToComparablePath(const Text& path);
 // the path cannot be resolved.
 std::optional<Text> ParentDirectoryOf(const Text& path);
 
-// Whether a name in the path ends in a dot or a blank, which the system drops when it resolves the
-// path: it leads to another file than the one that is called so. Extended-length paths are exact.
+// Names that end in a dot or a blank can be on a disk, but the system drops these units when it
+// resolves a path: dots within a path, both at its end. So "name." leads to "name", which may be
+// another file, or a link. Extended-length paths are exact.
+
+bool EndsInDotOrBlank(TextView name);
+
+// Whether a name in the path has such an ending.
 bool HasDroppedEnding(TextView path);
+
+// Whether a path that a walk made for a file of this name leads to that file.
+bool LeadsToFile(TextView path, TextView name);
+
+// The same for a folder, and for what is looked up below the path.
+bool LeadsIntoFolder(const Text& path, TextView name);
+
+// Whether two paths consist of the same names, letter by letter; a doubled separator is one.
+bool HaveSameNames(TextView a, TextView b);
 
 // The length of the part of an absolute path that is no folder of its own: a drive with its
 // separator, or a server and share with the separator behind them, each with its extended-length

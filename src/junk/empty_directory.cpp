@@ -33,7 +33,11 @@ bool HasFilesOfItsOwn(const Text& folder, std::vector<Text>& pending) {
       return true;
     }
     if (!IsDotEntry(entry) && IsRealFolder(entry)) {
-      pending.push_back(entry_path.Of(entry.name));
+      if (EndsInDotOrBlank(entry.name)) {
+        pending.push_back(entry_path.ExactlyOf(entry.name));
+      } else {
+        pending.push_back(entry_path.Of(entry.name));
+      }
     }
   } while (platform::FindNext(search.value(), entry) == platform::Error::kNone);
   return false;
@@ -56,8 +60,12 @@ bool DirectoryHasFiles(Text directory) {
 }  // namespace
 
 bool IsEligibleEmptyDirectory(const Text& path) {
-  if (path.empty() || EqualsFolded(LeafOf(WithoutTrailingSeparators(path)), QS_TEXT("Downloads")) ||
-      !IsRealDirectory(path)) {
+  const TextView folder = WithoutTrailingSeparators(path);
+  if (path.empty() || EqualsFolded(LeafOf(folder), QS_TEXT("Downloads")) || !IsRealDirectory(path)) {
+    return false;
+  }
+  // The folder that is asked for would not be the one that is listed.
+  if (folder.ends_with(Char{' '}) && !IsExtendedPath(folder)) {
     return false;
   }
   // The search adds its own separator; two in a row are no path behind an extended-length prefix.

@@ -236,7 +236,10 @@ class RuleWalker {
       return status;
     }
     const auto collect = [](void* user, const Char* path) {
-      static_cast<std::vector<Text>*>(user)->emplace_back(path);
+      Text folder(path);
+      if (LeadsIntoFolder(folder, LeafOf(folder))) {
+        static_cast<std::vector<Text>*>(user)->push_back(std::move(folder));
+      }
     };
     return EnumerateDirectories(start, collect, &folders, scan_.cancel_flag());
   }

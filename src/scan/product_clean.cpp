@@ -20,9 +20,11 @@ static_assert(sizeof(qs_product_clean_detail) == 56);
 
 constexpr auto kNoRow = std::numeric_limits<std::size_t>::max();
 
-// A file that can stand for its set: present as far as the report knows, and meant by its path.
+// A file that can stand for its set: present as far as the report knows, and meant by its path. A
+// walk meets "name." on some disks, and everything that then reads that path reads "name": such a
+// row does not say which file it is about, and removes none.
 bool IsCopy(const StoredRow& row) {
-  return row.deletable && !row.deleted && !HasDroppedEnding(row.path);
+  return row.deletable && !row.deleted && LeadsToFile(row.path, row.name);
 }
 
 constexpr std::uint32_t Number(ScanState state) {
@@ -157,14 +159,17 @@ qs_status ProductScan::RunClean(const CleanList& list) {
 
 bool ProductScan::CleanRow(std::size_t index, Text& path) {
   FileSnapshot snapshot;
+  bool leads_to_file = false;
   {
     const MutexLock lock(mutex_);
     const StoredRow& row = rows_[index];
     path = row.path;
+    leads_to_file = LeadsToFile(row.path, row.name);
     snapshot = {row.size, static_cast<std::int64_t>(row.modified)};
   }
   // A failure inside fails this file, like every other reason why it could not be deleted.
-  const bool deleted = PredicateBoundary([&] { return DeleteFound(path, snapshot); }) != 0;
+  const auto remove = [&] { return DeleteSnapshotPermanently(path.c_str(), snapshot); };
+  const bool deleted = leads_to_file && PredicateBoundary(remove) != 0;
   const MutexLock lock(mutex_);
   ++clean_.processed;
   if (!deleted) {
@@ -186,6 +191,9 @@ void ProductScan::RemoveEmptyFolderOf(const Text& path) const {
   }
   PredicateBoundary([&] {
     const Text folder(path, 0, last);
+    if (EndsInDotOrBlank(folder) && !IsExtendedPath(folder)) {
+      return false;  // by itself this path means another folder
+    }
     return is_empty_folder_ != nullptr && is_empty_folder_(folder) &&
            DeletePermanently(folder.c_str());
   });

@@ -97,6 +97,7 @@ class Session {
   struct WorkItem {
     std::size_t index;
     Text path;
+    bool leads_to_file;
     std::uint64_t size;
     std::uint64_t modified;
   };

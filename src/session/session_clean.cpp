@@ -4,6 +4,7 @@
 
 #include "frame/boundary.h"
 #include "fs/deletion.h"
+#include "fs/path_rules.h"
 #include "session/session.h"
 
 namespace quastel {
@@ -51,7 +52,8 @@ qs_status Session::ListItems(const std::uint64_t* indexes, std::uint64_t count,
     }
     taken[index] = true;
     const SessionRow& row = rows_[index];
-    items.push_back({index, row.path, row.size, row.modified});
+    items.push_back(
+        {index, row.path, LeadsToFile(row.path, row.name), row.size, row.modified});
   }
   return QS_OK;
 }
@@ -72,8 +74,8 @@ qs_status Session::CleanItems(const std::vector<WorkItem>& items) {
     const FileSnapshot snapshot = {static_cast<std::int64_t>(item.size),
                                    static_cast<std::int64_t>(item.modified)};
     // A failure inside fails this file, like every other reason why it could not be deleted.
-    const auto remove = [&] { return DeleteFound(item.path, snapshot); };
-    if (PredicateBoundary(remove) == 0) {
+    const auto remove = [&] { return DeleteSnapshotPermanently(item.path.c_str(), snapshot); };
+    if (!item.leads_to_file || PredicateBoundary(remove) == 0) {
       return QS_FAILED;
     }
     const MutexLock lock(rows_mutex_);

@@ -63,6 +63,44 @@ TEST_F(CleanDuplicates, A_row_whose_name_the_system_shortens_is_no_copy_and_neve
   EXPECT_EQ(Left(), all);
 }
 
+// Resolving the long path has taken the dot off, and both rows have the path of the one file.
+TEST_F(CleanDuplicates, A_long_row_whose_name_was_shortened_is_no_copy_and_never_goes) {
+  const Text name = Text(245, Char{'n'});
+  machine_.AddFile(u"\\\\?\\C:\\d\\" + name, "one content");
+  machine_.AddFile(u"\\\\?\\C:\\d\\" + name + u".", "another one");
+  ASSERT_EQ(scan_.Start(DuplicateRequest({u"C:\\d"})), QS_OK);
+  ASSERT_EQ(scan_tests::RowCountOf(scan_), 2u);
+  const std::vector<scan_tests::Row> rows = scan_tests::ReadReport(scan_);
+  ASSERT_EQ(rows[0].path, rows[1].path);
+  const std::string before = machine_.Describe();
+  for (const scan_tests::Row& row : rows) {
+    const bool is_itself = row.name == name;
+    EXPECT_EQ(Clean(scan_, {row.numbers.item_id}), is_itself ? QS_INVALID_ARGUMENT : QS_FAILED);
+  }
+  EXPECT_EQ(machine_.Describe(), before);
+}
+
+TEST_F(CleanDuplicates, A_root_may_be_spelled_with_a_dot_at_its_end) {
+  machine_.AddFile(u"C:\\d\\a0", "equal");
+  machine_.AddFile(u"C:\\d\\a1", "equal");
+  ASSERT_EQ(scan_.Start(DuplicateRequest({u"C:\\d."})), QS_OK);
+  ASSERT_EQ(scan_tests::RowCountOf(scan_), 2u);
+  EXPECT_EQ(Clean(scan_, {0, 1}), QS_INVALID_ARGUMENT);
+  EXPECT_EQ(Clean(scan_, {0}), QS_OK);
+  EXPECT_EQ(Left(), Lines{"a1"});
+}
+
+TEST_F(CleanDuplicates, A_copy_in_a_folder_whose_name_ends_in_a_blank_is_one) {
+  machine_.AddFile(u"C:\\d\\a0", "equal");
+  machine_.AddFile(u"\\\\?\\C:\\d\\b \\a0", "equal");
+  ASSERT_EQ(scan_.Start(DuplicateRequest({u"C:\\d"})), QS_OK);
+  ASSERT_EQ(scan_tests::RowCountOf(scan_), 2u);
+  EXPECT_EQ(Clean(scan_, {0, 1}), QS_INVALID_ARGUMENT);
+  EXPECT_EQ(Clean(scan_, {1}), QS_OK);
+  EXPECT_TRUE(machine_.Exists(u"C:\\d\\a0"));
+  EXPECT_FALSE(machine_.Exists(u"\\\\?\\C:\\d\\b \\a0"));
+}
+
 TEST_F(CleanDuplicates, All_copies_of_a_set_are_refused_and_none_is_deleted) {
   Scan({{'a', 3}, {'b', 2}});
   const CleanBlock before = BlockOf(scan_);

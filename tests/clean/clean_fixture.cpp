@@ -4,6 +4,8 @@
 #include <ostream>
 #include <utility>
 
+#include "base/ascii.h"
+
 namespace quastel::clean_tests {
 namespace {
 
@@ -91,6 +93,7 @@ void AppendRows(qs_product_scan* scan, std::vector<ReportRow> rows) {
 ReportRow FindingOf(RowKind kind, std::uint64_t group_id, std::int64_t size, TextView path) {
   ReportRow row = scan_tests::RowOf(kind, group_id, size, path);
   row.modified = kDefaultModified;
+  row.name = LeafOf(path);
   return row;
 }
 

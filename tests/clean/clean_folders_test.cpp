@@ -42,6 +42,7 @@ TEST(CleanOfAnObjectWithoutAFolderTest, Removes_no_folder) {
                     [](ProductScan& scan, const OwnedRequest&) {
                       ReportRow row = scan_tests::RowOf(RowKind::kJunk, 1, 3, u"C:\\t\\a\\f");
                       row.modified = scan_tests::kDefaultModified;
+                      row.name = u"f";
                       row.deletable = true;
                       scan.AppendRow(row);
                       return QS_OK;

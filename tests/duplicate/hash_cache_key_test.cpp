@@ -92,7 +92,7 @@ TEST(CacheKeys, Of_files_are_those_of_their_paths) {
   duplicate::CacheKeys keys;
   const std::vector<Text> folders = {
       u"C:\\",        u"C:\\Data\\", u"C:/Data/", u"C:\\Data\\\\",           u"C:\\a\\..\\b\\",
-      u"C:\\dots.\\", u"Sub\\",      u".\\",      u"\\\\Server\\Share\\F\\", u"\\\\?\\C:\\D.\\",
+      u"C:\\dots.\\", u"Sub\\",      u".\\",      u"\\\\Server\\Share\\F\\",
       u"C:\\nul\\",   u"\\"};
   for (const Text& folder : folders) {
     for (const Text& name : Names()) {
@@ -101,6 +101,23 @@ TEST(CacheKeys, Of_files_are_those_of_their_paths) {
     }
   }
   EXPECT_EQ(Utf8(keys.Of(u"", u"A.TXT")), "c:\\work\\a.txt");
+}
+
+// Behind the extended-length prefix "n." is a file of its own, but resolved it has the path of "n".
+TEST(CacheKeys, Of_files_that_would_share_one_with_another_file_are_empty) {
+  SimulatedWindows machine;
+  duplicate::CacheKeys keys;
+  const Text plain = u"\\\\?\\C:\\Data\\";
+  const Text doubled = u"\\\\?\\C:\\\\Data\\";
+  const Text dotted = u"\\\\?\\C:\\Data.\\";
+  EXPECT_EQ(Utf8(keys.Of(plain, u"N")), "\\\\?\\c:\\data\\n");
+  EXPECT_EQ(Utf8(keys.Of(plain, u"N.")), "");
+  EXPECT_EQ(Utf8(keys.Of(plain, u"N ")), "");
+  EXPECT_EQ(Utf8(keys.Of(plain, u"N")), "\\\\?\\c:\\data\\n");
+  EXPECT_EQ(Utf8(keys.Of(doubled, u"N")), "\\\\?\\c:\\data\\n");
+  EXPECT_EQ(Utf8(keys.Of(dotted, u"N")), "");
+  EXPECT_EQ(Utf8(keys.Of(dotted, u"M")), "");
+  EXPECT_EQ(Utf8(keys.Of(plain, u"M")), "\\\\?\\c:\\data\\m");
 }
 
 // A key that begins otherwise than the folder does, as that of a device may.

@@ -96,6 +96,26 @@ TEST(DuplicateCache, Spares_a_second_scan_of_unchanged_files_every_opening) {
   EXPECT_EQ(warm.poll.path_published, 0u) << "no stage has named a path";
 }
 
+// Behind the extended-length prefix "n." is a file of its own, but resolved it has the path of "n".
+TEST(DuplicateCache, Does_not_tell_of_one_file_what_it_knows_of_another) {
+  SimulatedWindows machine;
+  machine.AddFile(u"C:\\data\\m", Bytes(9000));
+  machine.AddFile(u"C:\\data\\n", Bytes(9000));
+  machine.AddFile(u"\\\\?\\C:\\data\\n.", ChangedAt(Bytes(9000), 4500));
+  machine.AddFile(u"\\\\?\\C:\\data\\sub.\\m", ChangedAt(Bytes(9000), 0));
+  machine.AddFile(u"C:\\data\\sub\\m", Bytes(9000));
+  for (int scan = 0; scan < 3; ++scan) {
+    const Outcome outcome = Scan(DuplicateRequest({u"\\\\?\\C:\\data"}));
+    ASSERT_EQ(outcome.status, QS_OK);
+    ASSERT_EQ(outcome.rows.size(), 3u) << scan;
+    for (const Row& row : outcome.rows) {
+      EXPECT_TRUE(row.path.ends_with(u"\\m") || row.path.ends_with(u"\\n")) << Utf8(row.path);
+      EXPECT_EQ(row.path.find(u"sub.\\"), Text::npos) << Utf8(row.path);
+    }
+    machine.AdvanceClock(1000);
+  }
+}
+
 TEST(DuplicateCache, Is_confirmed_anew_by_every_scan) {
   SimulatedWindows machine;
   AddEachKind(machine);

@@ -150,6 +150,37 @@ TEST_P(DeletionPaths, A_junction_whose_name_ends_in_a_dot_is_not_taken_for_its_n
   ExpectRefused(u"\\\\?\\C:\\a.\\f");
 }
 
+// On the way the system leaves the blank where it is, but not when it is asked for the folder alone.
+TEST_P(DeletionPaths, A_junction_whose_name_ends_in_a_blank_is_not_taken_for_its_neighbour) {
+  AddFile(u"C:\\real\\f");
+  windows_.AddFolder(u"C:\\t\\a");
+  windows_.AddLink(LinkKind::kJunction, u"\\\\?\\C:\\t\\a ", u"C:\\real");
+  ExpectRefused(u"C:\\t\\a \\f");
+  ExpectRefused(u"\\\\?\\C:\\t\\a \\f");
+}
+
+TEST_P(DeletionPaths, A_folder_whose_name_ends_in_a_blank_is_a_folder) {
+  AddFile(u"C:\\t\\a \\f");
+  AddFile(u"C:\\t\\a \\g");
+  windows_.AddLink(LinkKind::kJunction, u"C:\\t\\a", u"C:\\t");
+  ExpectDone(u"C:\\t\\a \\f", u"C:\\t\\a \\f");
+}
+
+TEST_P(DeletionPaths, Only_one_of_two_dots_within_a_path_goes) {
+  AddFile(u"C:\\real\\f");
+  windows_.AddFolder(u"C:\\t\\a");
+  windows_.AddLink(LinkKind::kJunction, u"\\\\?\\C:\\t\\a.", u"C:\\real");
+  ExpectRefused(u"C:\\t\\a..\\f");
+}
+
+TEST(UnsafeAncestor, Is_none_behind_a_separator_that_is_doubled) {
+  simulated::SimulatedWindows windows;
+  windows.AddFolder(u"C:\\dir");
+  EXPECT_FALSE(HasUnsafeAncestor(u"\\\\?\\C:\\\\dir\\f"));
+  EXPECT_FALSE(HasUnsafeAncestor(u"\\\\?\\C:\\dir\\\\f"));
+  EXPECT_TRUE(HasUnsafeAncestor(u"\\\\?\\C:\\\\dir.\\f"));
+}
+
 TEST_P(DeletionPaths, Doubled_separators_count_once) {
   AddFile(u"C:\\a\\b\\f");
   ExpectDone(u"C:\\\\a//b\\\\f", u"C:\\a\\b\\f");

@@ -49,6 +49,56 @@ class EnumerationObstacles : public ::testing::TestWithParam<ObstaclePasses> {
 INSTANTIATE_TEST_SUITE_P(Enumeration, EnumerationObstacles, ::testing::ValuesIn(kObstaclePasses),
                          support::CaseName());
 
+// The system takes "a." in the middle of a path for "a".
+TEST_P(EnumerationObstacles, A_folder_that_leads_to_its_neighbour_is_not_entered) {
+  windows_.AddFile(u"C:\\large\\x.y", "a");
+  windows_.AddLink(LinkKind::kJunction, u"C:\\t\\a", u"C:\\large");
+  windows_.AddFile(u"\\\\?\\C:\\t\\a.\\x.y", "b");
+  windows_.AddFile(u"C:\\t\\b\\x.y", "c");
+  windows_.AddFolder(u"\\\\?\\C:\\t\\b.");
+  EXPECT_EQ(Walk(u"C:\\t"), Lines{"C:\\t\\b\\x.y"});
+  EXPECT_EQ(Walk(u"\\\\?\\C:\\t"), (Lines{"\\\\?\\C:\\t\\b\\x.y", "\\\\?\\C:\\t\\a.\\x.y"}));
+}
+
+TEST_P(EnumerationObstacles, Folders_that_lead_to_their_neighbours_do_not_double_the_walk) {
+  Text folder = u"C:\\t";
+  for (int depth = 0; depth < 40; ++depth) {
+    windows_.AddFolder(u"\\\\?\\" + folder + u"\\a.");
+    folder += u"\\a";
+  }
+  windows_.AddFile(folder + u"\\x.y", "a");
+  EXPECT_EQ(Walk(u"C:\\t"), Lines{support::Utf8(folder + u"\\x.y")});
+}
+
+// Within a path the system leaves a blank where it is; at its end it does not.
+TEST_P(EnumerationObstacles, A_folder_whose_name_ends_in_a_blank_is_listed_where_it_is_meant) {
+  for (const std::size_t length : {10u, 244u, 245u, 246u, 247u, 248u, 249u}) {
+    SCOPED_TRACE(length);
+    const Text neighbour = support::NestedTo(length - 1, u"C:\\t");
+    windows_.AddFile(u"C:\\large\\x.y", "a");
+    windows_.AddLink(LinkKind::kJunction, neighbour, u"C:\\large");
+    windows_.AddFile(u"\\\\?\\" + neighbour + u" \\x.y", "b");
+    const Lines found = Walk(u"C:\\t");
+    if (length < 248) {
+      const Text path = neighbour + u" \\x.y";
+      EXPECT_EQ(found, Lines{support::Utf8(path.size() < 248 ? path : u"\\\\?\\" + path)});
+    } else {
+      EXPECT_EQ(found, Lines{}) << "as long as that, it is the end of a path that is resolved";
+    }
+    windows_.Remove(neighbour);
+    windows_.Remove(u"\\\\?\\" + neighbour + u" \\x.y");
+    windows_.Remove(u"\\\\?\\" + neighbour + u" ");
+  }
+}
+
+TEST_P(EnumerationObstacles, A_root_whose_name_ends_in_a_blank_is_no_way_through_a_junction) {
+  windows_.AddFile(u"C:\\large\\x.y", "a");
+  windows_.AddFile(u"C:\\t\\x.y", "b");
+  windows_.AddLink(LinkKind::kJunction, u"\\\\?\\C:\\t ", u"C:\\large");
+  EXPECT_EQ(Walk(u"C:\\t "), Lines{});
+  EXPECT_EQ(Walk(u"C:\\t"), Lines{"C:\\t\\x.y"});
+}
+
 TEST_P(EnumerationObstacles, A_missing_root_is_an_empty_walk) {
   EXPECT_EQ(Walk(u"C:\\nowhere"), Lines{});
   EXPECT_EQ(Walk(u"Q:\\"), Lines{});

@@ -261,6 +261,42 @@ TEST(DroppedEnding, Is_not_one_that_the_system_keeps_or_that_leads_somewhere) {
   }
 }
 
+TEST(LeadsToFile, Is_true_of_a_path_that_ends_in_the_name_as_it_is_on_the_disk) {
+  EXPECT_TRUE(LeadsToFile(u"C:\\a\\b", u"b"));
+  EXPECT_TRUE(LeadsToFile(u"C:\\a.\\b", u"b"));
+  EXPECT_TRUE(LeadsToFile(u"b", u"b"));
+  EXPECT_TRUE(LeadsToFile(u"\\\\?\\C:\\a\\b.", u"b."));
+  EXPECT_TRUE(LeadsToFile(u"\\\\?\\C:\\a\\b ", u"b "));
+  EXPECT_FALSE(LeadsToFile(u"C:\\a\\b.", u"b."));
+  EXPECT_FALSE(LeadsToFile(u"C:\\a\\b ", u"b "));
+  EXPECT_FALSE(LeadsToFile(u"\\\\?\\C:\\a\\b", u"b."));
+  EXPECT_FALSE(LeadsToFile(u"C:\\a\\b", u"B"));
+  EXPECT_FALSE(LeadsToFile(u"C:\\a\\b", u""));
+}
+
+TEST(LeadsIntoFolder, Is_what_the_system_makes_of_the_name_within_a_path) {
+  simulated::SimulatedWindows windows;
+  EXPECT_TRUE(LeadsIntoFolder(u"C:\\a\\b", u"b"));
+  EXPECT_TRUE(LeadsIntoFolder(u"C:\\a\\b ", u"b "));
+  EXPECT_TRUE(LeadsIntoFolder(u"\\\\?\\C:\\a\\b.", u"b."));
+  EXPECT_FALSE(LeadsIntoFolder(u"C:\\a\\b.", u"b."));
+  EXPECT_FALSE(LeadsIntoFolder(u"C:\\a\\b..", u"b.."));
+  EXPECT_FALSE(LeadsIntoFolder(u"\\\\?\\C:\\a\\b", u"b "));
+  windows.FailCall(simulated::Call::kFullPathName, 1, simulated::Repeat::kFromThenOn);
+  EXPECT_FALSE(LeadsIntoFolder(u"C:\\a\\b ", u"b "));
+}
+
+TEST(SameNames, Are_compared_letter_by_letter_and_without_empty_ones) {
+  EXPECT_TRUE(HaveSameNames(u"", u""));
+  EXPECT_TRUE(HaveSameNames(u"C:\\a\\b", u"C:\\a\\b"));
+  EXPECT_TRUE(HaveSameNames(u"\\\\?\\C:\\\\a\\\\\\b\\", u"\\\\?\\C:\\a\\b"));
+  EXPECT_FALSE(HaveSameNames(u"C:\\a", u"C:\\a\\b"));
+  EXPECT_FALSE(HaveSameNames(u"C:\\a\\b", u"C:\\a"));
+  EXPECT_FALSE(HaveSameNames(u"C:\\a.", u"C:\\a"));
+  EXPECT_FALSE(HaveSameNames(u"C:\\A", u"C:\\a"));
+  EXPECT_FALSE(HaveSameNames(u"C:\\a/b", u"C:\\a\\b"));
+}
+
 // ---- Joining
 
 TEST(JoinPath, Puts_one_separator_where_none_is) {

@@ -80,6 +80,23 @@ INSTANTIATE_TEST_SUITE_P(
          0},
         {{"FileLikeADot"}, AFile<u"C:\\e\\...">, u"C:\\e", 0},
         {{"FolderLikeADot"}, AFolder<u"C:\\e\\...">, u"C:\\e", 1},
+        {{"FileInAFolderLikeADot"}, AFile<u"\\\\?\\C:\\e\\...\\f">, u"C:\\e", 0},
+        {{"FileInAFolderThatLeadsToAnEmptyNeighbour"},
+         [](SimulatedWindows& m) {
+           m.AddFolder(u"C:\\e\\a");
+           m.AddFile(u"\\\\?\\C:\\e\\a.\\f", "x");
+         },
+         u"C:\\e",
+         0},
+        {{"FileInAFolderWhoseNameEndsInABlank"}, AFile<u"\\\\?\\C:\\e\\a \\f">, u"C:\\e", 0},
+        {{"EmptyFolderBesideAJunctionOfNearlyTheSameName"},
+         [](SimulatedWindows& m) {
+           m.AddFile(u"C:\\full\\f", "x");
+           m.AddLink(LinkKind::kJunction, u"C:\\e\\a", u"C:\\full");
+           m.AddFolder(u"\\\\?\\C:\\e\\a.");
+         },
+         u"C:\\e",
+         1},
         {{"JunctionInside"},
          [](SimulatedWindows& m) {
            m.AddFile(u"C:\\full\\f", "x");
@@ -146,6 +163,8 @@ INSTANTIATE_TEST_SUITE_P(
     Paths, EmptyDirectory,
     ::testing::ValuesIn(std::vector<Candidate>{
         {{"EmptyText"}, Nothing, u"", 0},
+        {{"AFolderThatWouldNotBeTheOneThatIsListed"}, AFile<u"C:\\e\\f">, u"C:\\e ", 0},
+        {{"ABlankThatIsMeant"}, AFolder<u"\\\\?\\C:\\e ">, u"\\\\?\\C:\\e ", 1},
         {{"Missing"}, Nothing, u"C:\\missing", 0},
         {{"MissingDrive"}, Nothing, u"Z:\\", 0},
         {{"NoPath"}, Nothing, u"|", 0},

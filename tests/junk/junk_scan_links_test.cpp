@@ -75,6 +75,18 @@ TEST_F(JunkScanLinks, Are_no_folder_of_a_list_and_take_no_number) {
       << "of the children other, sub and third, the first is g1 and empty";
 }
 
+// The system takes "other." in the middle of a path for "other".
+TEST_F(JunkScanLinks, Are_not_reached_by_the_name_of_a_neighbour) {
+  machine_.AddFile(u"C:\\d\\sub\\deep\\own", "x");
+  machine_.AddLink(LinkKind::kJunction, u"C:\\d\\other", u"C:\\precious");
+  machine_.AddFile(u"\\\\?\\C:\\d\\other.\\deep\\own", "x");
+  machine_.AddFolder(u"\\\\?\\C:\\d\\sub.");
+  EXPECT_EQ(Scanned(InCategory("<FolderList StartPath='C:\\d' EndPath='deep'/>"
+                               "<ChildrenList StartPath='C:\\d'/>")),
+            (Lines{"[1<0] c", "[g0<1] deep = C:\\d\\sub\\deep", "g0<1 deep: C:\\d\\sub\\deep\\own",
+                   "[g1<1] sub = C:\\d\\sub", "g1<1 sub: C:\\d\\sub\\deep\\own"}));
+}
+
 TEST_F(JunkScanLinks, In_the_middle_of_an_end_path_are_not_passed) {
   machine_.AddFile(u"C:\\d\\sub\\AC\\Temp\\own", "x");
   machine_.AddFile(u"C:\\precious\\Temp\\keep", "x");

@@ -35,6 +35,26 @@ TEST_F(SessionClean, Goes_in_the_order_of_the_caller) {
                                          "RemoveFile C:\\t\\f003", "RemoveFile C:\\t\\f001"}));
 }
 
+// Resolving a long path takes the dot off, so that the row has the path of another file.
+TEST_F(SessionClean, Of_a_row_whose_name_the_system_shortens_removes_nothing) {
+  const Text name = Text(245, Char{'n'});
+  for (const Text& path : {u"C:\\t\\" + name, Text(u"C:\\t\\m")}) {
+    machine_.AddFile(path, "12345");
+    machine_.AddFile(u"\\\\?\\" + path + u".", "54321");
+  }
+  ScanTree();
+  const Lines disk = DiskOf(machine_);
+  int refused = 0;
+  for (std::uint64_t row = 0; row < RowCountOf(session_); ++row) {
+    if (ReadRow(session_, row).name.ends_with(Char{'.'})) {
+      EXPECT_EQ(session_.Clean({row}), QS_FAILED);
+      EXPECT_EQ(DiskOf(machine_), disk);
+      ++refused;
+    }
+  }
+  EXPECT_EQ(refused, 2);
+}
+
 TEST_F(SessionClean, Of_no_rows_is_done_at_once_and_touches_nothing) {
   AddFiles(2);
   ScanTree();

@@ -340,9 +340,14 @@ class Duplicates(CleanTest):
     def test_a_name_that_means_its_neighbour_is_left_alone(self):
         self.put("name/file", b"only here")
         self.put("name./file", b"elsewhere")
-        self.cleaned("--keep", "shortest-path", code=3)
-        self.assertEqual([name for name in self.left() if name.startswith("name")],
-                         ["name./file", "name/file"])
+        self.put("other", b"only there")
+        self.put("other.", b"somewhere ")
+        outcomes = self.cleaned("--keep", "shortest-path", code=3)
+        self.assertEqual({path: outcome for path, (outcome, _) in outcomes.items()
+                          if path.startswith(("name", "other"))},
+                         {"other": "kept", "other.": "refused"})
+        self.assertEqual([name for name in self.left() if name.startswith(("name", "other"))],
+                         ["name./file", "name/file", "other", "other."])
 
     def saved(self):
         return json.loads(self.run_clean("duplicates", self.root, "--json").out)

@@ -68,6 +68,15 @@ class Json(EmptyTest):
         report = self.report("empty", self.root + "\\a\\b\\c")
         self.assertEqual(report["rows"], [])
 
+    def test_a_folder_that_its_path_does_not_lead_to_is_not_looked_into(self):
+        for name in ("odd/x./y", "odd/x", "odd/z"):
+            os.makedirs(os.path.join(self.folder, name))
+        client_harness.sparse_file(os.path.join(self.folder, "odd/x./y/file"), 1)
+        rows = self.report("empty", self.root)["rows"]
+        self.assertEqual([plain(row["path"])[len(self.root) + 1:] for row in rows
+                          if "odd" in row["path"]], ["odd\\x", "odd\\z"])
+        shutil.rmtree(os.path.join(self.folder, "odd"))
+
     def test_a_long_path_keeps_the_prefix_that_makes_it_usable(self):
         name = "/".join(["a folder with a long name"] * 12)
         os.makedirs(os.path.join(self.folder, "deep", name, "end"))

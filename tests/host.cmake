@@ -48,6 +48,11 @@ target_precompile_headers(test_prelude PRIVATE
 quastel_compile_options(test_prelude)
 target_compile_options(test_prelude PRIVATE ${QUASTEL_TEST_OPTIONS})
 
+# support/instrumented.h says what follows from it.
+if(QUASTEL_SANITIZE OR QUASTEL_COVERAGE)
+  set(QUASTEL_TEST_DEFINITIONS QUASTEL_INSTRUMENTED)
+endif()
+
 # One executable for each room; its CTest entry runs all of its tests in one process.
 function(quastel_host_test name)
   add_executable(${name} ${ARGN})
@@ -57,6 +62,7 @@ function(quastel_host_test name)
   target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
   quastel_compile_options(${name})
   target_compile_options(${name} PRIVATE ${QUASTEL_TEST_OPTIONS})
+  target_compile_definitions(${name} PRIVATE ${QUASTEL_TEST_DEFINITIONS})
   target_precompile_headers(${name} REUSE_FROM test_prelude)
   if(name IN_LIST QUASTEL_TESTS_LEFT_OUT)
     set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL ON)
@@ -69,9 +75,7 @@ endfunction()
 # For a program whose fault sweeps leave a record. In the host tree, where the sweeps are whole, a
 # test compares it with the table in docs/testing.md once all of these programs have passed.
 function(quastel_leaves_sweep_record name)
-  if(QUASTEL_SANITIZE OR QUASTEL_COVERAGE)
-    target_compile_definitions(${name} PRIVATE QUASTEL_INSTRUMENTED)
-  else()
+  if(NOT QUASTEL_SANITIZE AND NOT QUASTEL_COVERAGE)
     set_tests_properties(${name} PROPERTIES
       ENVIRONMENT "QUASTEL_SWEEP_RECORD=${CMAKE_BINARY_DIR}/fault_sweeps/${name}.jsonl"
       FIXTURES_SETUP fault_sweeps)
@@ -84,7 +88,8 @@ set(QUASTEL_TESTS_LEFT_OUT "")
 set(QUASTEL_TEST_FILTER "")
 if(QUASTEL_SANITIZE STREQUAL "thread")
   # Races are looked for where there are threads. Programs of one thread are not even built, unless
-  # by name.
+  # by name, and in the others hashing, which is done in the thread of the caller, is not swept. Of
+  # the two sweeps that fail each call of a scan once, the one with several workers stays.
   set(QUASTEL_TESTS_LEFT_OUT
     base_tests
     clean_fault_tests
@@ -95,7 +100,10 @@ if(QUASTEL_SANITIZE STREQUAL "thread")
     simulated_windows_tests
   )
   string(JOIN ":" QUASTEL_TEST_FILTER
-    --gtest_filter=-*CleanScaling.*
+    --gtest_filter=-*/Sweep.Survives_each_call_failing_once/*
+    */AllocationSweep.*Hash*
+    */SystemCallSweep.*Hash*
+    *CleanScaling.*
     *Sweep.Leaves_the_old_or_the_new_cache_whole_*
     *Sweep.Survives_every_lack_of_memory_of_the_scan_thread*
     CacheDamage.*
@@ -114,7 +122,8 @@ if(QUASTEL_SANITIZE STREQUAL "thread")
 elseif(QUASTEL_SANITIZE)
   # How much memory, how many numbers: the same code as in the smaller tests beside them.
   string(JOIN ":" QUASTEL_TEST_FILTER
-    --gtest_filter=-LargeCache.Of_250_000_entries_*
+    --gtest_filter=-LargeCache.A_file_of_200_000_entries_*
+    LargeCache.Of_250_000_entries_*
     LargeCache.The_limit_is_met_exactly
     MillionFiles.A_file_takes_at_most_200_bytes_and_its_name
     XxHash32.Four_gibibytes_of_zeros_and_five_more

@@ -13,16 +13,13 @@
 #include "clean/clean_fixture.h"
 #include "clean/clean_prediction.h"
 #include "clean/random_world.h"
+#include "support/instrumented.h"
 
 namespace quastel::clean_tests {
 namespace {
 
 // An instrumented build does a sixth of the rounds: it is about ten times as slow.
-#if defined(QUASTEL_INSTRUMENTED)
-constexpr std::uint32_t kRounds = 500;
-#else
-constexpr std::uint32_t kRounds = 3'000;
-#endif
+constexpr std::uint32_t kRounds = support::Rounds(3'000, 500);
 
 // What the disk shows.
 using Disk = std::map<std::string, std::string>;  // by path

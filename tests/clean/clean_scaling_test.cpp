@@ -2,16 +2,13 @@
 // no other file's.
 
 #include "clean/clean_fixture.h"
+#include "support/instrumented.h"
 
 namespace quastel::clean_tests {
 namespace {
 
 // An instrumented build does with a fifth.
-#if defined(QUASTEL_INSTRUMENTED)
-constexpr std::uint64_t kFolders = 20;
-#else
-constexpr std::uint64_t kFolders = 100;
-#endif
+constexpr std::uint64_t kFolders = support::Rounds(100, 20);
 constexpr std::uint64_t kFilesPerFolder = 1'000;
 constexpr std::uint64_t kRows = kFolders * kFilesPerFolder;
 // C:\, C:\many and the folder itself.

@@ -17,9 +17,6 @@ quastel_host_test(clean_tests
   clean/random_world.cpp
   scan/scan_fixture.cpp
 )
-if(QUASTEL_SANITIZE OR QUASTEL_COVERAGE)
-  target_compile_definitions(clean_tests PRIVATE QUASTEL_INSTRUMENTED)
-endif()
 
 quastel_host_test(clean_fault_tests
   clean/clean_fault_test.cpp

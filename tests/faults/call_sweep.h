@@ -16,6 +16,7 @@
 #include "faults/nth_time.h"
 #include "platform/error.h"
 #include "simulated_windows/simulated_windows.h"
+#include "support/instrumented.h"
 #include "support/sweep_record.h"
 
 namespace quastel::faults {
@@ -61,7 +62,8 @@ struct SweepCount {
 // Runs a round for call 1, 2, 3, ... and each error that the call may fail with, up to the first
 // round that meets no fault. A round checks what has to hold; the sweep ends at the first that
 // fails. An instrumented build, which is there for what the code does and not for the errors,
-// takes one error besides the usual one for each call, another one each time.
+// takes one error besides the usual one for each call, another one each time, and none for a
+// fault that lasts.
 inline SweepCount SweepCalls(CallFault::Kind kind,
                              const std::function<Met(const CallFault&)>& round) {
   SweepCount count;
@@ -82,11 +84,10 @@ inline SweepCount SweepCalls(CallFault::Kind kind,
     }
     const std::vector<platform::Error> errors = simulated::ErrorsOf(*usual.call);
     for (std::size_t i = 1; i < errors.size(); ++i) {
-#ifdef QUASTEL_INSTRUMENTED
-      if (i != 1 + nth % (errors.size() - 1)) {
+      if (support::kInstrumented &&
+          (kind == CallFault::Kind::kFromThenOn || i != 1 + nth % (errors.size() - 1))) {
         continue;
       }
-#endif
       SCOPED_TRACE(simulated::NameOf(*usual.call) + std::string(" fails with ") +
                    std::to_string(static_cast<std::uint32_t>(errors[i])));
       const Met met = round({kind, nth, errors[i]});

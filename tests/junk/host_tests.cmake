@@ -23,9 +23,6 @@ quastel_host_test(junk_tests
 )
 target_compile_definitions(junk_tests PRIVATE
   QUASTEL_FUZZ_CORPUS="${CMAKE_CURRENT_SOURCE_DIR}/fuzz/corpus")
-if(QUASTEL_SANITIZE OR QUASTEL_COVERAGE)
-  target_compile_definitions(junk_tests PRIVATE QUASTEL_INSTRUMENTED)
-endif()
 
 # The sharing of an open, which is not in the machine's record, and memory that no test should
 # really take: duplicate/open_record.cpp and junk/large_blocks.cpp step in front of the calls. The

@@ -14,6 +14,7 @@
 #include "junk/rule_document.h"
 #include "scan/scan_fixture.h"
 #include "simulated_windows/simulated_windows.h"
+#include "support/instrumented.h"
 #include "support/text.h"
 
 namespace quastel::junk_tests {
@@ -71,11 +72,7 @@ void RunOnStack(std::size_t stack_size, const std::function<void()>& action);
 inline constexpr std::size_t kSmallStack = 256 * 1024;
 
 // The same for code whose frames the build has blown up, to watch them.
-#if defined(QUASTEL_INSTRUMENTED)
-inline constexpr std::size_t kSmallScanStack = 4 * kSmallStack;
-#else
-inline constexpr std::size_t kSmallScanStack = kSmallStack;
-#endif
+inline constexpr std::size_t kSmallScanStack = (support::kInstrumented ? 4 : 1) * kSmallStack;
 
 // ---- Scans.
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 
+#include "fs/deletion.h"
 #include "fs/deletion_fixture.h"
 
 namespace quastel::deletion_tests {

@@ -47,9 +47,9 @@ bool HasUnsafeAncestor(const Char* path) {
     return true;
   }
   // A folder "name " is on the way, but asked for by itself it would be "name".
-  const bool has_such_folder = HasDroppedEnding(FolderPart(*resolved));
   Text folder = *std::move(resolved);
-  folder = has_such_folder ? WithExtendedPrefix(std::move(folder)) : ToLongPath(std::move(folder));
+  folder = HasDroppedEnding(FolderPart(folder)) ? WithExtendedPrefix(folder)
+                                                : ToLongPath(std::move(folder));
   const std::size_t root = RootLength(folder);
   if (root == 0) {
     return true;

@@ -58,15 +58,12 @@ Text ToExtendedPath(Text path) {
   if (std::optional<Text> resolved = ResolveAtOnce(path.c_str())) {
     path = *std::move(resolved);
   }
-  return WithExtendedPrefix(std::move(path));
+  return WithExtendedPrefix(path);
 }
 
-Text WithExtendedPrefix(Text absolute) {
-  if (IsExtendedPath(absolute)) {
-    return absolute;
-  }
+Text WithExtendedPrefix(TextView absolute) {
   if (absolute.starts_with(kUncPrefix)) {
-    return Text(kExtendedUncPrefix).append(absolute, kUncPrefix.size(), Text::npos);
+    return Text(kExtendedUncPrefix).append(absolute.substr(kUncPrefix.size()));
   }
   return Text(kExtendedPrefix).append(absolute);
 }

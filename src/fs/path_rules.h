@@ -32,8 +32,8 @@ bool IsExtendedPath(TextView path);
 // ToLongPath without the threshold.
 Text ToExtendedPath(Text path);
 
-// An absolute path with the extended-length prefix, otherwise unchanged.
-Text WithExtendedPrefix(Text absolute);
+// The extended-length form of an absolute path without the prefix, with all of its names unchanged.
+Text WithExtendedPrefix(TextView absolute);
 
 // The long-path form of a path for one call, without a copy of a path that has it already.
 class LongPath {

@@ -152,6 +152,18 @@ TEST_F(CleanFolders, A_folder_named_downloads_stays_but_not_one_in_it) {
   EXPECT_TRUE(machine_.Exists(u"C:\\t\\a\\dOwNLoads"));
 }
 
+// By itself the path of the folder means its neighbour, which is empty.
+TEST_F(CleanFolders, A_folder_whose_name_ends_in_a_blank_stays_and_so_does_its_neighbour) {
+  const Paths paths = {AddFinding(u"b \\f")};
+  machine_.AddFolder(u"C:\\t\\b");
+  ScanTree();
+  EXPECT_EQ(CleanPaths(paths), QS_OK);
+  EXPECT_EQ(RemovedFolders(), Lines{});
+  EXPECT_FALSE(machine_.Exists(u"C:\\t\\b \\f"));
+  EXPECT_TRUE(machine_.Exists(u"\\\\?\\C:\\t\\b "));
+  EXPECT_TRUE(machine_.Exists(u"C:\\t\\b"));
+}
+
 TEST_F(CleanFolders, The_root_of_a_drive_stays) {
   machine_.AddDrive('E');
   machine_.Remove(kTree);

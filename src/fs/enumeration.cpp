@@ -17,7 +17,8 @@ constexpr TextView kEverything = QS_TEXT("*");
 // A blank at the end of the root's name is dropped when the root is asked for, but not when it is
 // searched: these may be two folders.
 bool LeadsIntoRealFolder(const Text& root) {
-  return !EndsInDotOrBlank(root) || IsRealDirectory(Text(root).append(1, Char{'\\'}));
+  return !EndsInDotOrBlank(root) || IsExtendedPath(root) ||
+         IsRealDirectory(Text(root).append(1, Char{'\\'}));
 }
 
 // One recursive walk: a stack of folders still to be listed.

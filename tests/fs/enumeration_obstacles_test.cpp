@@ -97,6 +97,8 @@ TEST_P(EnumerationObstacles, A_root_whose_name_ends_in_a_blank_is_no_way_through
   windows_.AddLink(LinkKind::kJunction, u"\\\\?\\C:\\t ", u"C:\\large");
   EXPECT_EQ(Walk(u"C:\\t "), Lines{});
   EXPECT_EQ(Walk(u"C:\\t"), Lines{"C:\\t\\x.y"});
+  windows_.AddFile(u"\\\\?\\C:\\u \\x.y", "c");
+  EXPECT_EQ(Walk(u"\\\\?\\C:\\u "), Lines{"\\\\?\\C:\\u \\x.y"});
 }
 
 TEST_P(EnumerationObstacles, A_missing_root_is_an_empty_walk) {

@@ -18,7 +18,7 @@ constexpr TextView kEverything = QS_TEXT("*");
 // searched: these may be two folders.
 bool LeadsIntoRealFolder(const Text& root) {
   return !EndsInDotOrBlank(root) || IsExtendedPath(root) ||
-         IsRealDirectory(Text(root).append(1, Char{'\\'}));
+         IsRealDirectory(root + Char{'\\'});
 }
 
 // One recursive walk: a stack of folders still to be listed.
@@ -97,7 +97,6 @@ class FileWalk {
   qs_status CollectFolders(const Text& folder) {
     auto search = Search(folder, kEverything, platform::SearchOperation::kLimitToDirectories);
     if (!search.ok()) {
-      entry_ = {};
       search = platform::FindFirst(SearchText(folder, kEverything).c_str(), entry_);
     }
     return ForEachEntry(std::move(search), entry_, options_.cancel,
@@ -111,7 +110,6 @@ class FileWalk {
 
   platform::Result<platform::SearchHandle> Search(const Text& folder, TextView pattern,
                                                   platform::SearchOperation operation) {
-    entry_ = {};
     return platform::FindFirstBasic(SearchText(folder, pattern).c_str(), operation, entry_);
   }
 

@@ -164,7 +164,7 @@ bool LeadsIntoFolder(const Text& path, TextView name) {
     return LeafOf(path) == name;
   }
   // How many dots go is the system's affair.
-  const std::optional<Text> resolved = ResolveAtOnce(Text(path).append(1, Char{'\\'}).c_str());
+  const std::optional<Text> resolved = ResolveAtOnce((path + Char{'\\'}).c_str());
   return resolved && LeafOf(TextView(*resolved).substr(0, resolved->size() - 1)) == name;
 }
 

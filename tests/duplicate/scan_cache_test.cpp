@@ -1,5 +1,7 @@
 // What a duplicate scan takes from the hash cache, and when it reads and writes the file.
 
+#include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -128,6 +130,26 @@ TEST(DuplicateCache, Is_confirmed_anew_by_every_scan) {
     record.confirmed = kClockAtFirst + 600'000'000;
   }
   EXPECT_EQ(CacheOf(machine), expected);
+}
+
+// Entries that are written within microseconds share a time; it is asked for again soon.
+TEST(DuplicateCache, Asks_for_the_time_once_for_64_entries) {
+  SimulatedWindows machine;
+  for (int i = 0; i < 130; ++i) {
+    machine.AddFile(u"C:\\data\\" + support::Wide(std::to_string(i)), Bytes(200));
+  }
+  scan_tests::InsideEveryCall(machine, Call::kSystemFileTime,
+                              [&](std::uint64_t) { machine.AdvanceClock(1); });
+  EXPECT_EQ(ScanData().status, QS_OK);
+  std::map<std::uint64_t, int> entries;  // of each time
+  for (const CacheRecord& record : CacheOf(machine)) {
+    ++entries[record.confirmed];
+  }
+  std::vector<int> counts;
+  for (const auto& [time, count] : entries) {
+    counts.push_back(count);
+  }
+  EXPECT_EQ(counts, (std::vector<int>{64, 64, 2}));
 }
 
 TEST(DuplicateCache, Is_believed_without_a_look_at_the_files) {

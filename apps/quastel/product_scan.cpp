@@ -70,7 +70,7 @@ qs_product_scan_performance ProductScan::Performance() const {
   qs_product_scan_performance performance = {};
   performance.size = static_cast<std::uint32_t>(sizeof performance);
   RequireOk(qs_product_scan_get_performance(handle_, &performance),
-          "qs_product_scan_get_performance");
+            "qs_product_scan_get_performance");
   return performance;
 }
 
@@ -102,7 +102,7 @@ std::uint64_t ProductScan::RowCount() const {
 std::uint64_t ProductScan::ParentGroupId(std::uint64_t index) const {
   std::uint64_t id = 0;
   RequireOk(qs_product_scan_report_row_parent_group_id(handle_, index, &id),
-          "qs_product_scan_report_row_parent_group_id");
+            "qs_product_scan_report_row_parent_group_id");
   return id;
 }
 

@@ -48,7 +48,7 @@ const Text& CacheKeys::Of(TextView folder, TextView leaf) {
   if (folder.data() != folder_.data() || folder.size() != folder_.size()) {
     EnterFolder(folder);
   }
-  if (!keeps_its_names_ || (IsExtendedPath(folder) && EndsInDotOrBlank(leaf))) {
+  if (!keeps_its_names_ || (EndsInDotOrBlank(leaf) && IsExtendedPath(folder))) {
     key_.clear();
     folder_ = {};
     return key_;

@@ -17,8 +17,7 @@ constexpr TextView kEverything = QS_TEXT("*");
 // A blank at the end of the root's name is dropped when the root is asked for, but not when it is
 // searched: these may be two folders.
 bool LeadsIntoRealFolder(const Text& root) {
-  return !EndsInDotOrBlank(root) || IsExtendedPath(root) ||
-         IsRealDirectory(root + Char{'\\'});
+  return !EndsInDotOrBlank(root) || IsExtendedPath(root) || IsRealDirectory(root + Char{'\\'});
 }
 
 // One recursive walk: a stack of folders still to be listed.

@@ -61,7 +61,8 @@ bool DirectoryHasFiles(Text directory) {
 
 bool IsEligibleEmptyDirectory(const Text& path) {
   const TextView folder = WithoutTrailingSeparators(path);
-  if (path.empty() || EqualsFolded(LeafOf(folder), QS_TEXT("Downloads")) || !IsRealDirectory(path)) {
+  if (path.empty() || EqualsFolded(LeafOf(folder), QS_TEXT("Downloads")) ||
+      !IsRealDirectory(path)) {
     return false;
   }
   // The folder that is asked for would not be the one that is listed.

@@ -52,8 +52,7 @@ qs_status Session::ListItems(const std::uint64_t* indexes, std::uint64_t count,
     }
     taken[index] = true;
     const SessionRow& row = rows_[index];
-    items.push_back(
-        {index, row.path, LeadsToFile(row.path, row.name), row.size, row.modified});
+    items.push_back({index, row.path, LeadsToFile(row.path, row.name), row.size, row.modified});
   }
   return QS_OK;
 }

@@ -92,8 +92,8 @@ TEST(CacheKeys, Of_files_are_those_of_their_paths) {
   duplicate::CacheKeys keys;
   const std::vector<Text> folders = {
       u"C:\\",        u"C:\\Data\\", u"C:/Data/", u"C:\\Data\\\\",           u"C:\\a\\..\\b\\",
-      u"C:\\dots.\\", u"Sub\\",      u".\\",      u"\\\\Server\\Share\\F\\",
-      u"C:\\nul\\",   u"\\"};
+      u"C:\\dots.\\", u"Sub\\",      u".\\",      u"\\\\Server\\Share\\F\\", u"C:\\nul\\",
+      u"\\"};
   for (const Text& folder : folders) {
     for (const Text& name : Names()) {
       EXPECT_EQ(Utf8(keys.Of(folder, name)), Utf8(CacheKeyOf(folder + name)))

@@ -151,7 +151,8 @@ TEST_P(DeletionPaths, A_junction_whose_name_ends_in_a_dot_is_not_taken_for_its_n
   ExpectRefused(u"\\\\?\\C:\\a.\\f");
 }
 
-// On the way the system leaves the blank where it is, but not when it is asked for the folder alone.
+// On the way the system leaves the blank where it is, but not when it is asked for the folder
+// alone.
 TEST_P(DeletionPaths, A_junction_whose_name_ends_in_a_blank_is_not_taken_for_its_neighbour) {
   AddFile(u"C:\\real\\f");
   windows_.AddFolder(u"C:\\t\\a");

@@ -99,8 +99,8 @@ TEST_P(ThrowingCallbackTest, The_next_walk_is_whole) {
   EXPECT_EQ(result.files.size(), 4u);
 }
 
-INSTANTIATE_TEST_SUITE_P(EnumerationExceptions, ThrowingCallbackTest, ::testing::ValuesIn(kRaiseCases),
-                         support::CaseName());
+INSTANTIATE_TEST_SUITE_P(EnumerationExceptions, ThrowingCallbackTest,
+                         ::testing::ValuesIn(kRaiseCases), support::CaseName());
 
 }  // namespace
 }  // namespace quastel

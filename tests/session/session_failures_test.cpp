@@ -145,8 +145,8 @@ TEST_P(SessionFailures, A_file_whose_row_finds_no_memory_is_the_last_one_of_the_
 }
 
 // The files of the root have paths of one length, for which there is room from the first one on:
-// what needs memory behind the conversion of a time is a row. The third has a time that is converted
-// by itself.
+// what needs memory behind the conversion of a time is a row. The third has a time that is
+// converted by itself.
 TEST_P(SessionFailures, A_row_without_memory_counts_for_more_than_a_cancel_behind_it) {
   AddFiles(4);
   AddFile(u"f002", 3, {.last_write = 0});
